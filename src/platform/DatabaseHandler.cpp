@@ -1,0 +1,365 @@
+#include "searchdata/DatabaseHandler.h"
+
+#include "platform/Logging_p.h"
+#include "searchdata/Diagnostics.h"
+#include "searchdata/UiServices.h"
+
+#include <QAtomicInt>
+#include <QElapsedTimer>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QSqlRecord>
+#include <QThread>
+#include <QUrl>
+
+namespace searchdata {
+
+namespace {
+
+constexpr auto kStatementSavepoint = "sd_statement";
+
+QString newConnectionName()
+{
+    static QAtomicInt counter;
+    return QStringLiteral("searchdata-%1").arg(counter.fetchAndAddRelaxed(1) + 1);
+}
+
+int kindOfDriver(const QString& driver)
+{
+    return driver.startsWith(QLatin1String("QPSQL")) ? dbkPostgreSQL : dbkSQLite;
+}
+
+// Dates are bound as the same text that date literals use: drivers would otherwise store another
+// text form (SQLite) or move the value through UTC (PostgreSQL).
+QVariant bindable(const QVariant& v)
+{
+    if (v.typeId() == QMetaType::QDateTime)
+        return v.toDateTime().toString(QStringLiteral("yyyy-MM-dd hh:mm:ss"));
+    return v;
+}
+
+QString savepointName(int level)
+{
+    return QStringLiteral("sd_level_%1").arg(level);
+}
+
+} // namespace
+
+DatabaseHandler::DatabaseHandler(const QString& connectionName)
+    : m_connectionName(connectionName),
+      m_dialect(&Dialect::forKind(kindOfDriver(QSqlDatabase::database(connectionName, false).driverName())))
+{
+    QSqlDatabase db = database();
+    if (!db.isOpen())
+        return;
+    if (DatabaseKind() == dbkSQLite) {
+        // Cascades and picklist relations need enforcement, which SQLite leaves off per connection.
+        execPlain(QStringLiteral("PRAGMA foreign_keys = ON"));
+        // A short wait inside SQLite; longer waits go through the locked message and its retries.
+        execPlain(QStringLiteral("PRAGMA busy_timeout = 200"));
+    } else {
+        execPlain(QStringLiteral("SET lock_timeout = 500"));
+    }
+}
+
+DatabaseHandler::~DatabaseHandler()
+{
+    if (!m_ownsConnection)
+        return;
+    {
+        QSqlDatabase db = QSqlDatabase::database(m_connectionName, false);
+        db.close();
+    }
+    QSqlDatabase::removeDatabase(m_connectionName);
+}
+
+Result<std::shared_ptr<DatabaseHandler>> DatabaseHandler::open(const QString& location)
+{
+    using R = Result<std::shared_ptr<DatabaseHandler>>;
+    const QString name = newConnectionName();
+    const bool postgres = location.startsWith(QLatin1String("postgresql://")) || location.startsWith(QLatin1String("postgres://"));
+    QString error;
+    {
+        QSqlDatabase db = QSqlDatabase::addDatabase(postgres ? QStringLiteral("QPSQL") : QStringLiteral("QSQLITE"), name);
+        if (postgres) {
+            const QUrl url(location);
+            db.setHostName(url.host().isEmpty() ? QStringLiteral("localhost") : url.host());
+            db.setPort(url.port(5432));
+            db.setUserName(url.userName());
+            db.setPassword(url.password());
+            db.setDatabaseName(url.path().mid(1));
+        } else {
+            db.setDatabaseName(location);
+            db.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=200"));
+        }
+        if (!db.isValid())
+            error = QStringLiteral("the database driver for %1 is not available").arg(postgres ? "PostgreSQL" : "SQLite");
+        else if (!db.open())
+            error = db.lastError().text();
+    }
+    if (!error.isEmpty()) {
+        QSqlDatabase::removeDatabase(name);
+        Diagnostics::instance().report({0, QStringLiteral("cannot open %1: %2").arg(location, error), QStringLiteral("open"),
+                                        QStringLiteral("DatabaseHandler"), __LINE__, {}});
+        return R::failure(QStringLiteral("cannot open %1: %2").arg(location, error));
+    }
+    auto handler = std::make_shared<DatabaseHandler>(name);
+    handler->m_ownsConnection = true;
+    return handler;
+}
+
+QSqlDatabase DatabaseHandler::database() const
+{
+    return QSqlDatabase::database(m_connectionName, false);
+}
+
+QString DatabaseHandler::ConnectionString() const
+{
+    const QSqlDatabase db = database();
+    if (DatabaseKind() == dbkPostgreSQL)
+        return QStringLiteral("%1://%2:%3/%4").arg(db.driverName(), db.hostName()).arg(db.port()).arg(db.databaseName());
+    return db.driverName() + QStringLiteral("://") + db.databaseName();
+}
+
+int DatabaseHandler::QueryConversion(const QString& connectionString, const QString& table, int flag)
+{
+    // Without a host that answers, a check goes on: the caller's mode decides whether anything changes.
+    return m_queryConversion ? m_queryConversion(connectionString, table, flag) : 0;
+}
+
+void DatabaseHandler::reportFailure(const QString& sql, const QString& error)
+{
+    m_lastError = error;
+    Diagnostics::instance().report({0, QStringLiteral("%1 [%2]").arg(error, sql), QStringLiteral("ExecuteSql"),
+                                    QStringLiteral("DatabaseHandler"), 0, {}});
+}
+
+bool DatabaseHandler::execPlain(const QString& sql)
+{
+    QSqlQuery q(database());
+    if (q.exec(sql))
+        return true;
+    reportFailure(sql, q.lastError().text());
+    return false;
+}
+
+bool DatabaseHandler::runWithRetry(const QString& sql, const QVariantList* values, const IDebugLockedMessage* lockedMessage,
+                                   const std::function<void(QSqlQuery&)>& onSuccess)
+{
+    QSqlDatabase db = database();
+    if (!db.isOpen()) {
+        reportFailure(sql, QStringLiteral("the database is not open"));
+        return false;
+    }
+    // On PostgreSQL a failed statement spoils the whole transaction; a savepoint around each
+    // statement keeps a failure (or a lock to wait for) to that statement, as on SQLite.
+    const bool statementSavepoint = DatabaseKind() == dbkPostgreSQL && m_level > 0;
+    UiServices& ui = UiServices::current();
+    QElapsedTimer waited;
+    waited.start();
+    bool shown = false;
+    for (;;) {
+        if (statementSavepoint)
+            execPlain(QStringLiteral("SAVEPOINT ") + QLatin1String(kStatementSavepoint));
+        QSqlError error;
+        {
+            QSqlQuery q(db);
+            q.setForwardOnly(true);
+            bool ok;
+            if (values) {
+                ok = q.prepare(sql);
+                if (ok) {
+                    for (const QVariant& v : *values)
+                        q.addBindValue(bindable(v));
+                    ok = q.exec();
+                }
+            } else {
+                ok = q.exec(sql);
+            }
+            if (ok) {
+                onSuccess(q);
+                q.finish();
+                if (statementSavepoint)
+                    execPlain(QStringLiteral("RELEASE SAVEPOINT ") + QLatin1String(kStatementSavepoint));
+                if (shown)
+                    ui.ClearLockedMessage();
+                return true;
+            }
+            error = q.lastError();
+        }
+        if (statementSavepoint) {
+            execPlain(QStringLiteral("ROLLBACK TO SAVEPOINT ") + QLatin1String(kStatementSavepoint));
+            execPlain(QStringLiteral("RELEASE SAVEPOINT ") + QLatin1String(kStatementSavepoint));
+        }
+        if (!m_dialect->isLockError(error)) {
+            if (shown)
+                ui.ClearLockedMessage();
+            reportFailure(sql, error.text());
+            return false;
+        }
+        if (!shown) {
+            const CDebugLockedMessage standard = MakeLockedMessage();
+            ui.ShowLockedMessage(lockedMessage ? *lockedMessage : standard);
+            shown = true;
+            qCInfo(lcDatabase).noquote() << "waiting for a lock:" << sql;
+        }
+        if (!ui.KeepWaitingForLock(std::chrono::milliseconds(waited.elapsed()))) {
+            ui.ClearLockedMessage();
+            reportFailure(sql, QStringLiteral("gave up waiting for a lock after %1 ms: %2").arg(waited.elapsed()).arg(error.text()));
+            return false;
+        }
+        QThread::msleep(50);
+    }
+}
+
+bool DatabaseHandler::ExecuteSql(const QString& sql, const IDebugLockedMessage* lockedMessage, int* rowsAffected)
+{
+    return runWithRetry(sql, nullptr, lockedMessage, [rowsAffected](QSqlQuery& q) {
+        if (rowsAffected)
+            *rowsAffected = q.numRowsAffected();
+    });
+}
+
+bool DatabaseHandler::ExecuteSql(const QString& sql, const QVariantList& values, const IDebugLockedMessage* lockedMessage, int* rowsAffected)
+{
+    return runWithRetry(sql, &values, lockedMessage, [rowsAffected](QSqlQuery& q) {
+        if (rowsAffected)
+            *rowsAffected = q.numRowsAffected();
+    });
+}
+
+namespace {
+
+std::function<void(QSqlQuery&)> collectRows(std::unique_ptr<Recordset>& out, const QString& source)
+{
+    return [&out, source](QSqlQuery& q) {
+        QVector<QSqlRecord> rows;
+        while (q.next())
+            rows.append(q.record());
+        out = std::make_unique<Recordset>(q.record(), std::move(rows), source);
+    };
+}
+
+} // namespace
+
+std::unique_ptr<Recordset> DatabaseHandler::OpenSqlRecordset(const QString& sql, int, int, const IDebugLockedMessage* lockedMessage)
+{
+    std::unique_ptr<Recordset> result;
+    runWithRetry(sql, nullptr, lockedMessage, collectRows(result, sql));
+    return result;
+}
+
+std::unique_ptr<Recordset> DatabaseHandler::OpenSqlRecordset(const QString& sql, const QVariantList& values, const IDebugLockedMessage* lockedMessage)
+{
+    std::unique_ptr<Recordset> result;
+    runWithRetry(sql, &values, lockedMessage, collectRows(result, sql));
+    return result;
+}
+
+std::unique_ptr<Recordset> DatabaseHandler::OpenTableRecordset(const QString& table, int, int, const IDebugLockedMessage* lockedMessage)
+{
+    if (!tableExists(table))
+        return nullptr;
+    std::unique_ptr<Recordset> result;
+    runWithRetry(QStringLiteral("SELECT * FROM ") + BracketName(table), nullptr, lockedMessage, collectRows(result, table));
+    return result;
+}
+
+bool DatabaseHandler::tableExists(const QString& table) const
+{
+    const QStringList tables = database().tables(QSql::Tables);
+    if (tables.contains(table))
+        return true;
+    return tables.contains(table, Qt::CaseInsensitive);
+}
+
+bool DatabaseHandler::BeginTableTransaction(TransactionState& state, const IDebugLockedMessage* lockedMessage)
+{
+    if (state.begun && !state.committed)
+        return true; // already open for this caller
+    QString sql;
+    if (m_level == 0)
+        // IMMEDIATE takes the write lock at once, so that a busy database is met here, where it can
+        // be waited for, and not in the middle of the work.
+        sql = DatabaseKind() == dbkSQLite ? QStringLiteral("BEGIN IMMEDIATE") : QStringLiteral("BEGIN");
+    else
+        sql = QStringLiteral("SAVEPOINT ") + savepointName(m_level + 1);
+    // Transaction control never runs inside a statement savepoint: releasing that would release
+    // the savepoint made here too.
+    const int level = m_level;
+    m_level = 0;
+    const bool ok = runWithRetry(sql, nullptr, lockedMessage, [](QSqlQuery&) {});
+    m_level = level;
+    if (!ok)
+        return false;
+    ++m_level;
+    state = TransactionState{true, false, m_level};
+    return true;
+}
+
+bool DatabaseHandler::CommitTableTransaction(TransactionState& state)
+{
+    if (!state.begun || state.committed)
+        return false;
+    if (state.level != m_level) {
+        reportFailure(QStringLiteral("COMMIT"), QStringLiteral("transactions committed out of order"));
+        return false;
+    }
+    const QString sql = m_level == 1 ? QStringLiteral("COMMIT") : QStringLiteral("RELEASE SAVEPOINT ") + savepointName(m_level);
+    const int level = m_level;
+    m_level = 0;
+    const bool ok = runWithRetry(sql, nullptr, nullptr, [](QSqlQuery&) {});
+    m_level = level;
+    if (!ok)
+        return false;
+    --m_level;
+    state.committed = true;
+    return true;
+}
+
+void DatabaseHandler::EndTableTransaction(TransactionState& state)
+{
+    if (!state.begun || state.committed) {
+        state.begun = false;
+        return;
+    }
+    // Inner brackets left open are undone with this one.
+    while (m_level >= state.level && m_level > 0) {
+        if (m_level == 1) {
+            execPlain(QStringLiteral("ROLLBACK"));
+        } else {
+            execPlain(QStringLiteral("ROLLBACK TO SAVEPOINT ") + savepointName(m_level));
+            execPlain(QStringLiteral("RELEASE SAVEPOINT ") + savepointName(m_level));
+        }
+        --m_level;
+    }
+    state.begun = false;
+}
+
+Result<bool> DatabaseHandler::RowExists(const QString& field, const QString& table, const QString& literal)
+{
+    const QString sql = QStringLiteral("SELECT 1 FROM %1 WHERE %2 = %3 LIMIT 1").arg(BracketName(table), BracketName(field), literal);
+    std::unique_ptr<Recordset> rs = OpenSqlRecordset(sql);
+    if (!rs)
+        return Result<bool>::failure(m_lastError);
+    return !rs->EndOfFile();
+}
+
+void DatabaseHandler::AddInsertPair(QString& fields, QString& values, const QString& field, const QString& valueSql) const
+{
+    if (!fields.isEmpty()) {
+        fields += QLatin1String(", ");
+        values += QLatin1String(", ");
+    }
+    fields += BracketName(field);
+    values += valueSql;
+}
+
+void DatabaseHandler::AddSetPair(QString& list, const QString& field, const QString& valueSql) const
+{
+    if (!list.isEmpty())
+        list += QLatin1String(", ");
+    list += BracketName(field) + QLatin1String(" = ") + valueSql;
+}
+
+} // namespace searchdata
