@@ -270,8 +270,10 @@ QString numberText(F value, int plainLimit)
         }
     } else {
         text += digits.substr(0, 1);
-        if (count > 1)
-            text += "." + digits.substr(1);
+        if (count > 1) {
+            text += '.';
+            text += digits.substr(1);
+        }
         text += exponent < 0 ? "E-" : "E+";
         const int magnitude = std::abs(exponent);
         if (magnitude < 10)
