@@ -2,6 +2,7 @@
 
 #include "searchdata/Progress.h"
 
+#include <QSizeF>
 #include <QString>
 #include <QStringList>
 #include <chrono>
@@ -60,6 +61,15 @@ public:
 
     /// Hides the library's open windows, last opened first.
     virtual void CloseForms() = 0;
+
+    /// Size of the screen area that windows may use.
+    virtual QSizeF UsableScreenSize() const = 0;
+    /// How far a dialog stands off the window that opened it.
+    virtual float DialogOffset() const = 0;
+    /// A notice that the requested operation is not available.
+    virtual void NotImplementedNotice() = 0;
+    /// The text on the clipboard, which a paste would put in; blank without a clipboard.
+    virtual QString ClipboardText() const { return {}; }
 };
 
 /// The services without a window: each request is recorded; questions take their default answer,
@@ -80,6 +90,9 @@ public:
     bool KeepWaitingForLock(std::chrono::milliseconds waited) override;
     std::any RunProgress(IProgressHandler& handler, int request, const std::any& arguments, const IFormInfo* owner) override;
     void CloseForms() override;
+    QSizeF UsableScreenSize() const override { return m_screen; }
+    float DialogOffset() const override { return 0; }
+    void NotImplementedNotice() override;
 
     /// Every request so far, one line each ("message: title: text", "locked: title: message", ...).
     const QStringList& requests() const { return m_requests; }
@@ -89,12 +102,14 @@ public:
     /// The progress that `RunProgress` reports to; null gives one that logs its lines.
     void setProgress(std::shared_ptr<IProgress> progress) { m_progress = std::move(progress); }
     bool lockedMessageShown() const { return m_lockedShown; }
+    void setUsableScreenSize(QSizeF size) { m_screen = size; }
 
 private:
     QStringList m_requests;
     std::chrono::milliseconds m_lockTimeout;
     std::shared_ptr<IProgress> m_progress;
     bool m_lockedShown = false;
+    QSizeF m_screen{1280, 800};
 };
 
 } // namespace searchdata

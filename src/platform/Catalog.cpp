@@ -368,7 +368,7 @@ Catalog::Catalog(std::shared_ptr<DatabaseHandler> handler) : m_handler(std::move
 bool Catalog::Refresh()
 {
     SD_PROC("Refresh");
-    return SD_GUARDED([&] {
+    return SD_GUARDED(([&] {
         if (!m_handler)
             detail::fail(QStringLiteral("the catalog has no connection"));
         TableMap tables = m_handler->DatabaseKind() == dbkPostgreSQL ? readPostgres(*m_handler) : readSqlite(*m_handler);
@@ -395,7 +395,7 @@ bool Catalog::Refresh()
         for (const auto& table : std::as_const(tables))
             list.append(table);
         m_tables = std::move(list);
-    });
+    }));
 }
 
 QList<std::pair<CatalogTablePtr, CatalogKey>> Catalog::ReferencesTo(const QString& table) const

@@ -6,9 +6,10 @@
 #include <QFile>
 #include <QTextStream>
 
-Q_LOGGING_CATEGORY(lcDiagnostics, "searchdata.diagnostics")
-Q_LOGGING_CATEGORY(lcDatabase, "searchdata.db")
-Q_LOGGING_CATEGORY(lcSchema, "searchdata.schema")
+// Only warnings by default; QT_LOGGING_RULES="searchdata.*=true" shows the statements and steps too.
+Q_LOGGING_CATEGORY(lcDiagnostics, "searchdata.diagnostics", QtWarningMsg)
+Q_LOGGING_CATEGORY(lcDatabase, "searchdata.db", QtWarningMsg)
+Q_LOGGING_CATEGORY(lcSchema, "searchdata.schema", QtWarningMsg)
 
 namespace searchdata {
 

@@ -169,6 +169,9 @@ QString Dialect::numericConversion(int adoType, const QString& literal) const
         return QStringLiteral("CAST(%1 AS REAL)").arg(literal);
     case adDouble:
         return QStringLiteral("CAST(%1 AS DOUBLE PRECISION)").arg(literal);
+    case adDecimal:
+    case adNumeric:
+        return QStringLiteral("CAST(%1 AS NUMERIC)").arg(literal);
     default:
         return literal;
     }

@@ -66,4 +66,4 @@ bool guarded(const ProcScope& scope, Body&& body) noexcept
 /// Opens a procedure: `SD_PROC("Name");` in a file that defines `kModule`.
 #define SD_PROC(name) const ::searchdata::detail::ProcScope sd_proc_scope(name, kModule)
 /// Runs the rest of a procedure under the uniform error rule: `SD_GUARDED([&] { ... });`
-#define SD_GUARDED(body) ::searchdata::detail::guarded(sd_proc_scope, body)
+#define SD_GUARDED(...) ::searchdata::detail::guarded(sd_proc_scope, __VA_ARGS__)

@@ -86,16 +86,17 @@ QString SchemaSql::constraint(const StructureKey& key) const
     fail(QStringLiteral("key %1 is of an unknown kind").arg(key.name));
 }
 
-QString SchemaSql::createTable(const TableStructure& structure) const
+QString SchemaSql::createTable(const TableStructure& structure, const QList<StructureKey>* keys) const
 {
     QStringList parts;
     for (const StructureColumn& c : structure.StructureColumns())
         parts.append(column(c));
+    const QList<StructureKey>& all = keys ? *keys : structure.StructureKeys();
     // Primary and unique keys first: a foreign key of the table may refer to its own key.
-    for (const StructureKey& key : structure.StructureKeys())
+    for (const StructureKey& key : all)
         if (key.kind != kkForeign)
             parts.append(constraint(key));
-    for (const StructureKey& key : structure.StructureKeys())
+    for (const StructureKey& key : all)
         if (key.kind == kkForeign)
             parts.append(constraint(key));
     return QLatin1String("CREATE TABLE ") + m_dialect.BracketName(structure.name()) + QLatin1String(" (")

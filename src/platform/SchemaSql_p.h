@@ -8,7 +8,7 @@
 
 namespace searchdata::detail {
 
-/// The statements that make tables, columns, keys and indexes from structure descriptions, in the
+/// The statements that make tables, columns, keys and indexes from structures, in the
 /// words of one database.
 class SchemaSql {
 public:
@@ -26,7 +26,8 @@ public:
     QString names(const QStringList& names) const;
     /// "CONSTRAINT name PRIMARY KEY (...)", "... UNIQUE (...)" or "... FOREIGN KEY (...) REFERENCES ...".
     QString constraint(const StructureKey& key) const;
-    QString createTable(const TableStructure& structure) const;
+    /// CREATE TABLE of a structure; `keys` stand in for the structure's own when given.
+    QString createTable(const TableStructure& structure, const QList<StructureKey>* keys = nullptr) const;
     QString createIndex(const QString& table, const StructureIndex& index) const;
     /// The INSERT ... SELECT of a structure's fill at creation.
     QString fill(const TableStructure& structure) const;

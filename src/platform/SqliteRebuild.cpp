@@ -8,6 +8,7 @@
 #include "searchdata/DatabaseHandler.h"
 
 #include <QSet>
+#include <algorithm>
 
 namespace searchdata::detail {
 

@@ -1,6 +1,7 @@
 #include "platform/SqliteTableSql_p.h"
 
 #include <QSet>
+#include <algorithm>
 
 namespace searchdata::detail {
 
@@ -386,12 +387,7 @@ void SqliteTableSql::addColumn(const QString& definition)
         if (m_elements[i].isColumn)
             at = i + 1;
     Element e;
-    e.isColumn = true;
     e.text = definition;
-    // Only the name matters for later edits of this definition; it is the first token.
-    const QList<Token> tokens = tokenize(definition);
-    e.columnName = tokens.isEmpty() ? QString() : tokens.first().value;
-    e.nameText = tokens.isEmpty() ? QString() : definition.mid(tokens.first().begin, tokens.first().end - tokens.first().begin);
     if (std::optional<SqliteTableSql> parsed = parse(QStringLiteral("CREATE TABLE t (") + definition + QLatin1Char(')'));
         parsed && parsed->m_elements.size() == 1)
         e = parsed->m_elements.first();

@@ -41,7 +41,7 @@ std::shared_ptr<TableStructure> TableStructure::NewStructure(const QString& name
 {
     SD_PROC("NewStructure");
     std::shared_ptr<TableStructure> result;
-    SD_GUARDED([&] {
+    SD_GUARDED(([&] {
         if (name.trimmed().isEmpty())
             detail::fail(QStringLiteral("a table structure needs a name"));
         auto made = std::make_shared<TableStructure>(name);
@@ -54,7 +54,7 @@ std::shared_ptr<TableStructure> TableStructure::NewStructure(const QString& name
             made->m_fill = StructureFill{baseTableName, bracketedKey, std::move(population), selectionText};
         }
         result = std::move(made);
-    });
+    }));
     return result;
 }
 
@@ -89,7 +89,7 @@ bool TableStructure::AddColumn(const QString& name, int adoType, int size, int s
                                const QString& defaultText)
 {
     SD_PROC("AddColumn");
-    return SD_GUARDED([&] {
+    return SD_GUARDED(([&] {
         if (name.trimmed().isEmpty())
             detail::fail(QStringLiteral("a column of %1 needs a name").arg(m_name));
         if (hasColumn(name))
@@ -99,22 +99,22 @@ bool TableStructure::AddColumn(const QString& name, int adoType, int size, int s
         if (size < 0 || scale < 0)
             detail::fail(QStringLiteral("column %1 of %2 has a negative size").arg(name, m_name));
         m_columns.append(StructureColumn{name, adoType, size, scale, nullable, hasDefault, defaultText});
-    });
+    }));
 }
 
 bool TableStructure::AddIndex(const QString& name, const QStringList& columns, bool unique)
 {
     SD_PROC("AddIndex");
-    return SD_GUARDED([&] {
+    return SD_GUARDED(([&] {
         checkKeyColumns(name, columns);
         m_indexes.append(StructureIndex{name, columns, unique});
-    });
+    }));
 }
 
 bool TableStructure::addKey(const char* procedure, StructureKey key)
 {
     const detail::ProcScope sd_proc_scope(procedure, kModule);
-    return SD_GUARDED([&] {
+    return SD_GUARDED(([&] {
         checkKeyColumns(key.name, key.columns);
         if (key.kind == kkPrimary && PrimaryKey())
             detail::fail(QStringLiteral("%1 already has a primary key").arg(m_name));
@@ -126,7 +126,7 @@ bool TableStructure::addKey(const char* procedure, StructureKey key)
                                  .arg(key.name, m_name).arg(key.columns.size()).arg(key.relatedColumns.size()));
         }
         m_keys.append(std::move(key));
-    });
+    }));
 }
 
 bool TableStructure::AddPrimaryKey(const QString& name, const QStringList& columns)

@@ -2,6 +2,7 @@
 
 #include "platform/Logging_p.h"
 #include "searchdata/LockedMessage.h"
+#include "searchdata/Resources.h"
 
 namespace searchdata {
 
@@ -113,6 +114,11 @@ std::any HeadlessUiServices::RunProgress(IProgressHandler& handler, int request,
 void HeadlessUiServices::CloseForms()
 {
     m_requests << QStringLiteral("close forms");
+}
+
+void HeadlessUiServices::NotImplementedNotice()
+{
+    m_requests << QStringLiteral("message information: ") + GetResourceText(9200);
 }
 
 } // namespace searchdata

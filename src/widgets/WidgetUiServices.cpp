@@ -5,6 +5,8 @@
 #include <QApplication>
 #include <QMessageBox>
 #include <QProgressDialog>
+#include <QScreen>
+#include "searchdata/Resources.h"
 
 namespace searchdata {
 
@@ -119,6 +121,22 @@ void WidgetUiServices::CloseForms()
         if ((*it)->isVisible() && (*it)->property("searchdataForm").toBool())
             (*it)->hide();
     }
+}
+
+QSizeF WidgetUiServices::UsableScreenSize() const
+{
+    const QScreen* screen = m_parent ? m_parent->screen() : QGuiApplication::primaryScreen();
+    return screen ? QSizeF(screen->availableGeometry().size()) : QSizeF(1280, 800);
+}
+
+float WidgetUiServices::DialogOffset() const
+{
+    return 20;
+}
+
+void WidgetUiServices::NotImplementedNotice()
+{
+    QMessageBox::information(m_parent, QGuiApplication::applicationDisplayName(), GetResourceText(9200));
 }
 
 } // namespace searchdata

@@ -29,6 +29,9 @@ public:
     bool KeepWaitingForLock(std::chrono::milliseconds waited) override;
     std::any RunProgress(IProgressHandler& handler, int request, const std::any& arguments, const IFormInfo* owner) override;
     void CloseForms() override;
+    QSizeF UsableScreenSize() const override;
+    float DialogOffset() const override;
+    void NotImplementedNotice() override;
 
 private:
     QPointer<QWidget> m_parent;

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "searchdata/Enums.h"
+
+#include <QString>
+
+namespace searchdata {
+
+class CFilterColumn;
+class IControl;
+struct CatalogColumn;
+struct StructureColumn;
+
+/// Checks of user text against a type. Each trims the text for its blank test; a blank passes the
+/// four numeric checks, and passes `ValidDate` unless a value is required.
+bool ValidInteger16(const QString& text);
+bool ValidInteger32(const QString& text);
+bool ValidSingle(const QString& text);
+bool ValidDouble(const QString& text);
+bool ValidDate(const QString& text, bool required = false);
+/// Text that reads as a number; a blank never does.
+bool ValidNumber(const QString& text, bool required = false);
+
+/// How a search column compares in a filter; no column is `kvoCC_Unknown`.
+FilterComparisonClasses ComparisonClassFromColumn(const CFilterColumn* column);
+/// How a field of a base table compares, by its type code; no field is `kvoCC_Unknown`. Integers of
+/// every width count as numbers, so that a host's 64-bit keys and counters can be filtered.
+FilterComparisonClasses ComparisonClassFromColumn(const StructureColumn* field);
+FilterComparisonClasses ComparisonClassFromColumn(const CatalogColumn* field);
+/// The comparison class of a base-table field of type code `adoType`.
+FilterComparisonClasses ComparisonClassOfFieldType(int adoType);
+
+/// Whether the key `key` (a character code, 8 backspace, 46 delete, 3 copy, 22 paste) may change the
+/// text of a text box or combo box: never a quote, never a text ending in two blanks, and within
+/// `maximumLength` when that is at least 1. False for no control or any other kind of control.
+bool ValidKeyPress(IControl* control, int key, int maximumLength);
+
+} // namespace searchdata

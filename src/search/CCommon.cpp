@@ -1,0 +1,32 @@
+#include "searchdata/CCommon.h"
+
+#include "searchdata/UiServices.h"
+
+namespace searchdata {
+
+std::shared_ptr<CSearchFilter> CreateSearchFilterObject(std::shared_ptr<DatabaseHandler> roHandler,
+                                                        std::shared_ptr<ISearchBaseTable> roBaseTable,
+                                                        std::shared_ptr<Catalog> roCatalog, std::shared_ptr<IProfile> roProfile,
+                                                        int enmConvertMode, std::shared_ptr<TableStructure> roBaseStructure)
+{
+    auto filter = std::make_shared<CSearchFilter>();
+    filter->OpenSearch(std::move(roHandler), std::move(roBaseTable), std::move(roCatalog), std::move(roProfile), enmConvertMode,
+                       std::move(roBaseStructure));
+    return filter;
+}
+
+std::shared_ptr<CSearchFilter> CCommon::CreateSearchFilterObject(std::shared_ptr<DatabaseHandler> roHandler,
+                                                                 std::shared_ptr<ISearchBaseTable> roBaseTable,
+                                                                 std::shared_ptr<Catalog> roCatalog, std::shared_ptr<IProfile> roProfile,
+                                                                 int enmConvertMode, std::shared_ptr<TableStructure> roBaseStructure) const
+{
+    return searchdata::CreateSearchFilterObject(std::move(roHandler), std::move(roBaseTable), std::move(roCatalog),
+                                                std::move(roProfile), enmConvertMode, std::move(roBaseStructure));
+}
+
+void CCommon::CloseGrupruForms() const
+{
+    UiServices::current().CloseForms();
+}
+
+} // namespace searchdata
