@@ -15,6 +15,10 @@ public:
                                                             std::shared_ptr<ISearchBaseTable> roBaseTable,
                                                             std::shared_ptr<Catalog> roCatalog, std::shared_ptr<IProfile> roProfile,
                                                             int enmConvertMode, std::shared_ptr<TableStructure> roBaseStructure) const;
+    /// Gives a new base record its search row, opening a search for the purpose.
+    bool InitializeSearchData(const ISearchBaseEntry* roEntry, std::shared_ptr<DatabaseHandler> roHandler,
+                              std::shared_ptr<ISearchBaseTable> roBaseTable, std::shared_ptr<Catalog> roCatalog,
+                              std::shared_ptr<IProfile> roProfile, std::shared_ptr<TableStructure> roBaseStructure) const;
     /// Hides the library's open windows, last opened first.
     void CloseGrupruForms() const;
 };

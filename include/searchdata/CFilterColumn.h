@@ -11,12 +11,14 @@
 namespace searchdata {
 
 class Catalog;
+class CImportField;
+class CScPicklist;
 class DatabaseHandler;
 class Dialect;
 
 /// One search column of a base table: its definition as stored, its values for the record shown,
 /// and its binding to the controls of its row in the entry control. Made by `CFilterColumns` only.
-class CFilterColumn {
+class CFilterColumn : public std::enable_shared_from_this<CFilterColumn> {
 public:
     CFilterColumn();
     ~CFilterColumn();
@@ -33,6 +35,9 @@ public:
     /// Position in the collection, from 1.
     qint16 Index() const { return m_index; }
     QString Name() const { return m_name; }
+    /// The column's picklist, made on first use and kept for the column's life; it refers back to the
+    /// column weakly. Null only when it could not be made (reported).
+    std::shared_ptr<CScPicklist> PickList() const;
     /// Keyword entries as saved, or the choices of a picklist column for the record shown.
     const QStringList& SavedKeys() const { return m_savedKeys; }
     QStringList& SavedKeys() { return m_savedKeys; }
@@ -115,6 +120,10 @@ public:
     QString PicklistTableName() const;
     /// True for a picklist column whose table the catalogue lacks.
     bool IsPicklistTableMissing() const;
+    /// Whether an import field's present value suits the column: not null; a text that fits the field
+    /// for keyword, text and note columns; a number of the type for numeric ones; a field of the date
+    /// or boolean type for those.
+    bool ImportFieldFits(const CImportField& field) const;
 
     // ---- controls ------------------------------------------------------------------------------
 
@@ -194,6 +203,7 @@ private:
     bool m_isMergeColumn = false;
     QString m_mergeName;
     bool m_saveDone = false;
+    mutable std::shared_ptr<CScPicklist> m_picklist; // made by the first PickList()
 };
 
 } // namespace searchdata

@@ -3,16 +3,22 @@
 #include "searchdata/Catalog.h"
 #include "searchdata/CFilterColumn.h"
 #include "searchdata/Enums.h"
+#include "searchdata/Progress.h"
 #include "searchdata/Recordset.h"
 #include "searchdata/TableStructure.h"
 
 #include <QDateTime>
 #include <QPointF>
 #include <QSizeF>
+#include <functional>
 #include <memory>
 
 namespace searchdata {
 
+class CCheckPopulationArgs;
+class CCheckPopulationResult;
+class CScPicklist;
+class CSearchFilter;
 class DatabaseHandler;
 class IFormInfo;
 class IProfile;
@@ -31,12 +37,12 @@ struct OwnerLocation {
 
 /// The ordered search columns of one base table, and the owner of the definition table
 /// `SearchColumnConfiguration`, where the definitions of every base table of a database live.
-class CFilterColumns : public std::enable_shared_from_this<CFilterColumns> {
+class CFilterColumns : public std::enable_shared_from_this<CFilterColumns>, public IProgressHandler {
 public:
     using ColumnPtr = std::shared_ptr<CFilterColumn>;
 
     CFilterColumns();
-    ~CFilterColumns();
+    ~CFilterColumns() override;
     CFilterColumns(const CFilterColumns&) = delete;
     CFilterColumns& operator=(const CFilterColumns&) = delete;
 
@@ -161,12 +167,118 @@ public:
     /// Where a dialog of `formSize` goes: the owner's corner plus the dialog offset, kept on a screen of `screenSize`.
     QPointF FormPosition(QSizeF formSize, QSizeF screenSize, float dialogOffset) const;
 
+    // ---- the values of one entry ---------------------------------------------------------------
+
+    /// The condition that finds an entry's rows: the link column equal to its key; blank without one.
+    QString SearchTableSeekCriteria(const ISearchBaseEntry* entry) const;
+    /// Loads an entry's stored values and keywords into the columns; a record without a search row
+    /// reads the defaults.
+    void GetData(const ISearchBaseEntry* roSource);
+    /// Loads the keywords of one keyword column, in the order they were stored.
+    void GetDataKeyword(const ISearchBaseEntry* roEntry, CFilterColumn& rfc, const QString& strSeek);
+    /// Loads the choices of a picklist column: the visible entries, and a hidden one that the entry holds.
+    void GetDataPicklist(CFilterColumn& column, const Value& entryValue);
+    /// Gives a new base record its search row, with every column's default.
+    bool InitializeSearchData(const ISearchBaseEntry* roEntry);
+    /// Writes a column's default into every row of a table.
+    void InitializeFieldValues(const CFilterColumn& column, const QString& table, const QString& field, const QDateTime& now);
+
+    /// Writes what stands in the entry control's fields: valid fields, and the keyword lists.
+    bool SaveDataFromEditControl(const ISearchBaseEntry* entry);
+    /// Writes the columns' `UpdatedValue`s; an Empty one leaves its field alone, a Null one writes NULL.
+    bool SaveDataFromClientUpdates(const ISearchBaseEntry* roEntry);
+    /// Replaces an entry's keywords by the list of the column's combo box.
+    bool SaveDataKeyword(const ISearchBaseEntry* entry, const CFilterColumn& column, const QString& seek);
+    /// Whether the picklist settings of `first` differ from those of `second`.
+    static bool PicklistChanged(const CFilterColumn* first, const CFilterColumn* second);
+
+    // ---- the template ------------------------------------------------------------------------
+
+    /// The stored values of the entry last loaded become the user's template.
+    void SaveTemplate();
+    void ClearTemplate();
+    void SaveTemplateTimestamp();
+    void SaveTemplateValueNormal(const CFilterColumn& column);
+    void SaveTemplateValueKeyword(const CFilterColumn& column, const QString& value, int counter);
+    /// Reads the template into the columns when it changed since the last read; false without a profile.
+    bool FetchTemplateValues();
+    /// Puts the template's values into the columns' controls.
+    void CopyTemplate();
+
+    // ---- picklists -----------------------------------------------------------------------------
+
+    /// Whether any column is a picklist.
+    bool HasPicklists() const;
+    /// Opens the picklist dialog of the one picklist column, or the choice among several; nothing
+    /// without picklist columns.
+    void EditPicklists(const IFormInfo* oFI);
+    /// Opens the dialog that chooses which column's picklist to edit.
+    void SelectAndEditPicklist(const IFormInfo* oFI);
+    /// A column's picklist, working through this collection's schema tool.
+    std::shared_ptr<CScPicklist> PicklistOf(const CFilterColumn& column) const;
+    /// Brings a saved column's picklist in line with its definition: makes, changes or drops the
+    /// list as the settings changed from `oldColumn` (null for a new column). False on failure.
+    bool SavePicklist(const ColumnPtr& column, const ColumnPtr& oldColumn);
+
+    // ---- schema check and population check ------------------------------------------------------
+    // Modes: 1 repairs; 0 asks the host (`DatabaseHandler::QueryConversion`) at a difference and
+    // changes nothing. Within one check the host is asked once: an answer that goes on stands for the
+    // rest of the check. Results: 0 goes on; the host's answers 1 to 5 end the check with that answer.
+    // A repair that fails sets `Diagnostics::ConversionFailed` and ends the check; what was repaired
+    // before it stands.
+
+    /// Whether every field of the definition table is there and as its structure describes it. Mode 1
+    /// adds the missing fields and repairs the others, and then checks the search tables too.
+    bool CheckColumns(IProgress* progress, int mode);
+    /// Adds what the definition table lacks and, with columns defined, checks the search tables.
+    int Convert(IProgress* progress, int mode);
+    /// Checks the search tables against the definitions: the search table's fields, each table's fields
+    /// and indexes, the search rows, then the foreign keys, which would fail on a record without its
+    /// row. With both flags also the picklist tables first (a table just made by `BuildDefaultTable`).
+    int CheckForeignKeysAndIndexes(IProgress* progress, int mode, bool blnCheckKeysAndIndexes, bool picklistPass);
+    /// Compares the search table's fields with the columns that are not keywords. Mode 1 drops the
+    /// fields no column defines (writing the schema log) and adds the missing ones.
+    int ValidateStandardTable(int mode);
+    /// Makes the fields of a column's table agree with `structure`, then checks a picklist column's list.
+    int CheckColumn(const CFilterColumn* column, const TableStructure* structure, bool ask, int mode);
+    /// Adds the indexes and the primary and unique keys of `structure` that its table lacks. With
+    /// `ask` the host is asked in every mode, mode 1 included; an answer of 2 adds the index in any
+    /// mode and does not end the check.
+    int CheckIndexes(const CFilterColumn* column, const TableStructure* structure, bool ask, int mode);
+    /// Adds the foreign keys of `structure` that its table lacks; rows that the key would refuse are
+    /// dealt with by a population check first.
+    int CheckForeignKeys(IProgress* progress, const CFilterColumn* column, const TableStructure* structure, bool ask, int mode);
+
+    /// The argument object of a population check.
+    static std::shared_ptr<CCheckPopulationArgs> CreateCheckPopulationArguments(bool askFirst, int mode, const QDateTime& defaultDate);
+    /// Makes sure that every record that the host selects has its search row, and that no search or
+    /// keyword row is left without its record, under the progress runner of `UiServices` (over
+    /// `owner`). Gives the check's result code.
+    int StartProcessDataReportProgress(const IFormInfo* owner, bool askFirst, int mode, const QDateTime& defaultDate);
+    /// Request 1 with a `CCheckPopulationArgs` (or a shared pointer to one) runs the population check
+    /// and gives a `std::shared_ptr<CCheckPopulationResult>`; other requests give nothing.
+    std::any IProgressHandler_ProcessRequest(int request, IProgress& progress, const std::any& arguments) override;
+    /// The population check in the way that suits the database: walking the keys on SQLite, set
+    /// statements elsewhere.
+    std::shared_ptr<CCheckPopulationResult> CheckPopulationProgress(IProgress& progress, const CCheckPopulationArgs& arguments);
+    /// The population check by set statements that the database carries out; status lines only.
+    std::shared_ptr<CCheckPopulationResult> CheckPopulationProgressSQL(IProgress& progress, const CCheckPopulationArgs& arguments);
+    /// The population check by walking the sorted keys of the base table and of each search-side
+    /// table side by side, with a percentage at most once a second. Each table's changes are one
+    /// transaction (a savepoint inside a caller's); cancelling leaves the table in hand as it was.
+    std::shared_ptr<CCheckPopulationResult> CheckPopulationProgressADO(IProgress& progress, const CCheckPopulationArgs& arguments);
+
 private:
     ColumnPtr addColumn(const QString& name, const QString& caption, const QString& description, FilterColumnTypeConstants type,
                         qint16 textLength, bool isPicklist, bool allowBlanks, const QString& picklistDefault,
                         EFilterColumnDateTimeDefaultModeConstants dateMode, const Value& dateDefault, bool disableEdit,
                         const QString* mergeName);
     int indexOfName(const QString& name) const;
+    /// Writes an entry's row with the values that `valueOf` gives (false skips a column), and its keywords.
+    bool saveEntry(const ISearchBaseEntry* entry, const std::function<bool(const CFilterColumn&, Value&)>& valueOf, int titleText,
+                   int insertText, int updateText);
+    /// The key of an entry as the link column holds it, for binding.
+    QVariant keyValue(const ISearchBaseEntry& entry) const;
     void renumber();
     bool columnsSaveSteps(IProgress* progress);
 
@@ -185,6 +297,7 @@ private:
     std::shared_ptr<SchemaTool> m_schemaTool;
     std::optional<bool> m_hasStandardColumns;
     std::optional<bool> m_hasKeywordColumns;
+    QString m_templateTimestamp;
 };
 
 } // namespace searchdata

@@ -4,12 +4,17 @@
 #include "searchdata/LockedMessage.h"
 #include "searchdata/Recordset.h"
 #include "searchdata/Result.h"
+#include "searchdata/SqlCursor.h"
 
+#include <QHash>
 #include <QSqlDatabase>
+#include <QSqlError>
 #include <QString>
 #include <QVariantList>
 #include <functional>
 #include <memory>
+
+class QSqlQuery;
 
 namespace searchdata {
 
@@ -69,6 +74,10 @@ public:
     std::unique_ptr<Recordset> OpenTableRecordset(const QString& table, int cursorType = adOpenKeyset, int lockType = adLockOptimistic,
                                                   const IDebugLockedMessage* lockedMessage = nullptr);
     static void CloseRecordset(std::unique_ptr<Recordset>& recordset) { recordset.reset(); }
+    /// The rows of a SELECT one at a time, for results too large to hold; null when it failed
+    /// (reported). Where the driver cannot keep a result apart from later statements (PostgreSQL), the
+    /// client library holds the result in its compact form instead.
+    std::unique_ptr<SqlCursor> OpenSqlCursor(const QString& sql, const IDebugLockedMessage* lockedMessage = nullptr);
 
     /// Whether the database has a table of this name (exact spelling first, then ignoring case).
     bool tableExists(const QString& table) const;
@@ -94,9 +103,10 @@ public:
 
 private:
     bool runWithRetry(const QString& sql, const QVariantList* values, const IDebugLockedMessage* lockedMessage,
-                      const std::function<void(QSqlQuery&)>& onSuccess);
+                      const std::function<void(QSqlQuery&)>& onSuccess, bool forwardOnly = true);
     bool execPlain(const QString& sql);
     void reportFailure(const QString& sql, const QString& error);
+    std::shared_ptr<QSqlQuery> preparedQuery(const QString& sql);
 
     QString m_connectionName;
     bool m_ownsConnection = false;
@@ -104,6 +114,31 @@ private:
     QueryConversionFunction m_queryConversion;
     int m_level = 0;
     QString m_lastError;
+    // Statements with bound values, prepared once and run many times; emptied by schema changes.
+    QHash<QString, std::shared_ptr<QSqlQuery>> m_prepared;
+    QSqlError m_preparedError;
+};
+
+/// A transaction (or savepoint) for one scope: begun at construction, rolled back at the end of the
+/// scope unless committed. Never throws.
+class TableTransaction {
+public:
+    explicit TableTransaction(DatabaseHandler& db, const IDebugLockedMessage* lockedMessage = nullptr)
+        : m_db(db), m_begun(db.BeginTableTransaction(m_state, lockedMessage))
+    {
+    }
+    ~TableTransaction() { m_db.EndTableTransaction(m_state); }
+    TableTransaction(const TableTransaction&) = delete;
+    TableTransaction& operator=(const TableTransaction&) = delete;
+
+    /// Whether the transaction could be begun.
+    bool begun() const { return m_begun; }
+    bool commit() { return m_begun && m_db.CommitTableTransaction(m_state); }
+
+private:
+    DatabaseHandler& m_db;
+    TransactionState m_state;
+    bool m_begun;
 };
 
 } // namespace searchdata

@@ -50,6 +50,9 @@ public:
     /// " ESCAPE '\'" where LIKE needs it spelled out; blank otherwise.
     QString likeEscapeClause() const;
 
+    /// An ORDER BY expression for the order in which rows were stored.
+    QString storageOrder() const;
+
     /// True when the error means that another connection holds a lock the statement needs.
     bool isLockError(const QSqlError& error) const;
 

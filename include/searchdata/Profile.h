@@ -1,5 +1,7 @@
 #pragma once
 
+#include "searchdata/Result.h"
+
 #include <QDateTime>
 #include <QString>
 #include <memory>
@@ -68,6 +70,8 @@ public:
 
     /// The profile's date form: "#7-4-2003#", or "#7-4-2003 13:5:9#" when there is a time.
     static QString dateText(const QDateTime& value);
+    /// Reads a date in the profile's form, or in any form that `ParseDateText` takes.
+    static Result<QDateTime> parseDateText(const QString& text);
 
 private:
     std::unique_ptr<QSettings> m_settings;

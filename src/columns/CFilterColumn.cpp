@@ -3,6 +3,7 @@
 #include "platform/Guard_p.h"
 #include "searchdata/AdoTypes.h"
 #include "searchdata/Catalog.h"
+#include "searchdata/CScPicklist.h"
 #include "searchdata/DatabaseHandler.h"
 #include "searchdata/Resources.h"
 #include "searchdata/UiServices.h"
@@ -247,6 +248,19 @@ Value CFilterColumn::SQLFormatPicklistValue(const QString& text) const
         }
     });
     return result;
+}
+
+std::shared_ptr<CScPicklist> CFilterColumn::PickList() const
+{
+    if (m_picklist)
+        return m_picklist;
+    SD_PROC("PickList");
+    SD_GUARDED([&] {
+        auto picklist = std::make_shared<CScPicklist>();
+        picklist->Init(m_database, m_catalog ? GetCatalogTable(*m_catalog, m_baseTable) : nullptr, weak_from_this());
+        m_picklist = std::move(picklist);
+    });
+    return m_picklist;
 }
 
 QString CFilterColumn::PicklistTableName() const

@@ -2,6 +2,7 @@
 
 #include "platform/Guard_p.h"
 #include "searchdata/CCommon.h"
+#include "searchdata/CScPicklist.h"
 #include "searchdata/DatabaseHandler.h"
 #include "searchdata/ISearchBaseTable.h"
 #include "searchdata/Resources.h"
@@ -410,9 +411,8 @@ bool CFilterColumns::DeleteColumnDefinition(const ColumnPtr& column)
                                 .arg(db.BracketName(definitionTableName()), db.BracketName(QStringLiteral("BaseTable")),
                                      db.SqlQuote(BaseTableName()), db.BracketName(QStringLiteral("Name")), db.SqlQuote(column->Name()));
         const CDebugLockedMessage locked = MakeLockedMessage(GetResourceText(8465, {column->Name()}), GetResourceText(8466));
-        TransactionState tx;
-        done = db.BeginTableTransaction(tx, &locked) && db.ExecuteSql(sql, &locked) && db.CommitTableTransaction(tx);
-        db.EndTableTransaction(tx);
+        TableTransaction tx(db, &locked);
+        done = tx.begun() && db.ExecuteSql(sql, &locked) && tx.commit();
     });
     return done;
 }
@@ -429,12 +429,9 @@ bool CFilterColumns::ColumnsSave(IProgress* progress)
     SD_GUARDED([&] {
         // One transaction: the inner ones of the steps become savepoints, and a failure anywhere
         // leaves definitions, tables and data as they were.
-        TransactionState tx;
         const CDebugLockedMessage locked = MakeLockedMessage(GetResourceText(8456, {BaseTableName()}), GetResourceText(8457));
-        if (m_handler->BeginTableTransaction(tx, &locked)) {
-            saved = columnsSaveSteps(progress) && m_handler->CommitTableTransaction(tx);
-            m_handler->EndTableTransaction(tx);
-        }
+        TableTransaction tx(*m_handler, &locked);
+        saved = tx.begun() && columnsSaveSteps(progress) && tx.commit();
     });
     if (!saved) {
         m_catalog->Refresh();
@@ -490,7 +487,6 @@ bool CFilterColumns::columnsSaveSteps(IProgress* progress)
 
 bool CFilterColumns::ColumnSave(IProgress* progress, const ColumnPtr& column, const ColumnPtr& oldColumn, const QDateTime& timeStamp)
 {
-    Q_UNUSED(oldColumn); // its picklist settings decide the picklist's fate
     if (!column || column->SaveDone())
         return true;
     SD_PROC("ColumnSave");
@@ -518,10 +514,8 @@ bool CFilterColumns::ColumnSave(IProgress* progress, const ColumnPtr& column, co
         const QString insert = QStringLiteral("INSERT INTO %1 (%2) VALUES (%3)").arg(db.BracketName(definitionTableName()), fields, values);
 
         const CDebugLockedMessage locked = MakeLockedMessage(GetResourceText(8456, {column->Name()}), GetResourceText(8457));
-        TransactionState tx;
-        const bool inserted = db.BeginTableTransaction(tx, &locked) && db.ExecuteSql(insert, &locked) && db.CommitTableTransaction(tx);
-        db.EndTableTransaction(tx);
-        if (!inserted)
+        TableTransaction tx(db, &locked);
+        if (!(tx.begun() && db.ExecuteSql(insert, &locked) && tx.commit()))
             return;
 
         const QString table = SearchKeyword(column.get());
@@ -543,7 +537,8 @@ bool CFilterColumns::ColumnSave(IProgress* progress, const ColumnPtr& column, co
                                &filling))
                 return;
         }
-        saved = true;
+        // The old column's picklist settings decide whether the list is made, changed or dropped.
+        saved = SavePicklist(column, oldColumn);
     });
     return saved;
 }
@@ -556,13 +551,15 @@ bool CFilterColumns::KillColumnData(const CFilterColumn& column)
     bool done = false;
     SD_GUARDED([&] {
         SchemaTool& tool = schemaTool();
+        auto destroyPicklist = [&] {
+            if (!column.IsPicklist())
+                return true;
+            const std::shared_ptr<CScPicklist> picklist = PicklistOf(column);
+            return picklist && picklist->DestroyPicklist();
+        };
         if (column.ColumnType() != fcKeyword) {
-            if (column.IsPicklist()) {
-                const QString picklist = QStringLiteral("Picklist") + BaseTableName() + column.Name();
-                if (GetCatalogTable(*m_catalog, picklist)
-                    && !(tool.DropTableKeys(nullptr, *m_catalog, picklist) && tool.DropTable(nullptr, *m_catalog, picklist)))
-                    return;
-            }
+            if (!destroyPicklist())
+                return;
             const QString table = SearchKeyword(nullptr);
             const CatalogTablePtr searchTable = GetCatalogTable(*m_catalog, table);
             if (searchTable && GetTableColumn(searchTable, column.Name()) && !tool.DropColumn(nullptr, *m_catalog, table, column.Name()))
@@ -571,6 +568,9 @@ bool CFilterColumns::KillColumnData(const CFilterColumn& column)
             const QString table = SearchKeyword(&column);
             if (GetCatalogTable(*m_catalog, table)
                 && !(tool.DropTableKeys(nullptr, *m_catalog, table) && tool.DropTable(nullptr, *m_catalog, table)))
+                return;
+            // The list goes too: a later column of the same name could not make its own beside it.
+            if (!destroyPicklist())
                 return;
         }
         done = true;

@@ -75,7 +75,6 @@ std::shared_ptr<TableStructure> CFilterColumns::MyStructureDefault(const CFilter
 std::shared_ptr<TableStructure> CFilterColumns::BuildDefaultTable(IProgress* progress, const CFilterColumn& column, bool flag,
                                                                   const QDateTime& timeStamp)
 {
-    Q_UNUSED(flag); // whether the check after the creation looks at keys and indexes as well
     SD_PROC("BuildDefaultTable");
     std::shared_ptr<TableStructure> result;
     SD_GUARDED([&] {
@@ -84,6 +83,8 @@ std::shared_ptr<TableStructure> CFilterColumns::BuildDefaultTable(IProgress* pro
             return;
         if (!schemaTool().CreateTable(progress, *m_catalog, *structure))
             detail::fail(QStringLiteral("the table %1 could not be made").arg(structure->name()));
+        // `flag`: whether the check also looks at the picklist tables of an earlier version.
+        CheckForeignKeysAndIndexes(progress, 1, flag, true);
         if (GetCatalogTable(*m_catalog, SearchKeyword(&column)))
             result = structure;
     });

@@ -38,6 +38,13 @@ QVariant bindable(const QVariant& v)
     return v;
 }
 
+bool isSchemaChange(const QString& sql)
+{
+    const QStringView head = QStringView(sql).trimmed().left(6);
+    return head.startsWith(u"CREATE", Qt::CaseInsensitive) || head.startsWith(u"ALTER", Qt::CaseInsensitive)
+        || head.startsWith(u"DROP", Qt::CaseInsensitive);
+}
+
 QString savepointName(int level)
 {
     return QStringLiteral("sd_level_%1").arg(level);
@@ -64,6 +71,7 @@ DatabaseHandler::DatabaseHandler(const QString& connectionName)
 
 DatabaseHandler::~DatabaseHandler()
 {
+    m_prepared.clear(); // prepared statements go before their connection
     if (!m_ownsConnection)
         return;
     {
@@ -144,7 +152,7 @@ bool DatabaseHandler::execPlain(const QString& sql)
 }
 
 bool DatabaseHandler::runWithRetry(const QString& sql, const QVariantList* values, const IDebugLockedMessage* lockedMessage,
-                                   const std::function<void(QSqlQuery&)>& onSuccess)
+                                   const std::function<void(QSqlQuery&)>& onSuccess, bool forwardOnly)
 {
     QSqlDatabase db = database();
     if (!db.isOpen()) {
@@ -154,6 +162,8 @@ bool DatabaseHandler::runWithRetry(const QString& sql, const QVariantList* value
     // On PostgreSQL a failed statement spoils the whole transaction; a savepoint around each
     // statement keeps a failure (or a lock to wait for) to that statement, as on SQLite.
     const bool statementSavepoint = DatabaseKind() == dbkPostgreSQL && m_level > 0;
+    if (!values && isSchemaChange(sql))
+        m_prepared.clear(); // a prepared statement may depend on the shape of a table
     UiServices& ui = UiServices::current();
     QElapsedTimer waited;
     waited.start();
@@ -163,17 +173,19 @@ bool DatabaseHandler::runWithRetry(const QString& sql, const QVariantList* value
             execPlain(QStringLiteral("SAVEPOINT ") + QLatin1String(kStatementSavepoint));
         QSqlError error;
         {
-            QSqlQuery q(db);
-            q.setForwardOnly(true);
+            std::shared_ptr<QSqlQuery> cached = values ? preparedQuery(sql) : nullptr;
+            QSqlQuery plain(db);
+            QSqlQuery& q = cached ? *cached : plain;
             bool ok;
-            if (values) {
-                ok = q.prepare(sql);
-                if (ok) {
-                    for (const QVariant& v : *values)
-                        q.addBindValue(bindable(v));
-                    ok = q.exec();
-                }
+            if (values && cached) {
+                for (int i = 0; i < values->size(); ++i)
+                    q.bindValue(i, bindable(values->at(i)));
+                ok = q.exec();
+            } else if (values) {
+                ok = false; // the statement could not be prepared
+                error = m_preparedError;
             } else {
+                q.setForwardOnly(forwardOnly);
                 ok = q.exec(sql);
             }
             if (ok) {
@@ -185,7 +197,9 @@ bool DatabaseHandler::runWithRetry(const QString& sql, const QVariantList* value
                     ui.ClearLockedMessage();
                 return true;
             }
-            error = q.lastError();
+            if (!values || cached)
+                error = q.lastError();
+            q.finish();
         }
         if (statementSavepoint) {
             execPlain(QStringLiteral("ROLLBACK TO SAVEPOINT ") + QLatin1String(kStatementSavepoint));
@@ -210,6 +224,22 @@ bool DatabaseHandler::runWithRetry(const QString& sql, const QVariantList* value
         }
         QThread::msleep(50);
     }
+}
+
+std::shared_ptr<QSqlQuery> DatabaseHandler::preparedQuery(const QString& sql)
+{
+    if (auto it = m_prepared.constFind(sql); it != m_prepared.constEnd())
+        return *it;
+    auto q = std::make_shared<QSqlQuery>(database());
+    q->setForwardOnly(true);
+    if (!q->prepare(sql)) {
+        m_preparedError = q->lastError();
+        return nullptr;
+    }
+    if (m_prepared.size() >= 256)
+        m_prepared.clear();
+    m_prepared.insert(sql, q);
+    return q;
 }
 
 bool DatabaseHandler::ExecuteSql(const QString& sql, const IDebugLockedMessage* lockedMessage, int* rowsAffected)
@@ -262,6 +292,17 @@ std::unique_ptr<Recordset> DatabaseHandler::OpenTableRecordset(const QString& ta
         return nullptr;
     std::unique_ptr<Recordset> result;
     runWithRetry(QStringLiteral("SELECT * FROM ") + BracketName(table), nullptr, lockedMessage, collectRows(result, table));
+    return result;
+}
+
+std::unique_ptr<SqlCursor> DatabaseHandler::OpenSqlCursor(const QString& sql, const IDebugLockedMessage* lockedMessage)
+{
+    // A forward-only result on PostgreSQL arrives row by row and is lost to the next statement on
+    // the connection; SQLite steps each statement on its own.
+    const bool forwardOnly = DatabaseKind() != dbkPostgreSQL;
+    std::unique_ptr<SqlCursor> result;
+    runWithRetry(sql, nullptr, lockedMessage, [&result, &sql](QSqlQuery& q) { result = std::make_unique<SqlCursor>(q, sql); },
+                 forwardOnly);
     return result;
 }
 

@@ -182,6 +182,11 @@ QString Dialect::likeEscapeClause() const
     return m_kind == dbkPostgreSQL ? QStringLiteral(" ESCAPE '\\'") : QString();
 }
 
+QString Dialect::storageOrder() const
+{
+    return m_kind == dbkPostgreSQL ? QStringLiteral("ctid") : QStringLiteral("rowid");
+}
+
 bool Dialect::isLockError(const QSqlError& error) const
 {
     const QString code = error.nativeErrorCode();

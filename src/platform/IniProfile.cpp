@@ -3,6 +3,7 @@
 #include "searchdata/Value.h"
 
 #include <QLocale>
+#include <QRegularExpression>
 #include <QSettings>
 
 namespace searchdata {
@@ -31,6 +32,23 @@ QString IniProfile::dateText(const QDateTime& value)
     if (t != QTime(0, 0))
         text += QStringLiteral(" %1:%2:%3").arg(t.hour()).arg(t.minute()).arg(t.second());
     return text + QLatin1Char('#');
+}
+
+Result<QDateTime> IniProfile::parseDateText(const QString& text)
+{
+    const QString t = text.trimmed();
+    if (!t.startsWith(QLatin1Char('#')))
+        return ParseDateText(t);
+    // "#m-d-yyyy[ h:n:s]#": month first, whatever the locale.
+    static const QRegularExpression form(QStringLiteral(R"(^#(\d{1,2})-(\d{1,2})-(\d{1,4})(?: (\d{1,2}):(\d{1,2}):(\d{1,2}))?#$)"));
+    const QRegularExpressionMatch m = form.match(t);
+    if (!m.hasMatch())
+        return Result<QDateTime>::failure(QStringLiteral("not a date: %1").arg(text));
+    const QDate date(m.captured(3).toInt(), m.captured(1).toInt(), m.captured(2).toInt());
+    const QTime time = m.captured(4).isEmpty() ? QTime(0, 0) : QTime(m.captured(4).toInt(), m.captured(5).toInt(), m.captured(6).toInt());
+    if (!date.isValid() || !time.isValid())
+        return Result<QDateTime>::failure(QStringLiteral("not a date: %1").arg(text));
+    return QDateTime(date, time);
 }
 
 void IniProfile::ClearProfileSection(const QString& section)

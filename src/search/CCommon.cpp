@@ -24,6 +24,16 @@ std::shared_ptr<CSearchFilter> CCommon::CreateSearchFilterObject(std::shared_ptr
                                                 std::move(roProfile), enmConvertMode, std::move(roBaseStructure));
 }
 
+bool CCommon::InitializeSearchData(const ISearchBaseEntry* roEntry, std::shared_ptr<DatabaseHandler> roHandler,
+                                   std::shared_ptr<ISearchBaseTable> roBaseTable, std::shared_ptr<Catalog> roCatalog,
+                                   std::shared_ptr<IProfile> roProfile, std::shared_ptr<TableStructure> roBaseStructure) const
+{
+    const std::shared_ptr<CSearchFilter> filter =
+        CreateSearchFilterObject(std::move(roHandler), std::move(roBaseTable), std::move(roCatalog), std::move(roProfile), 0,
+                                 std::move(roBaseStructure));
+    return filter && filter->InitializeSearchData(roEntry);
+}
+
 void CCommon::CloseGrupruForms() const
 {
     UiServices::current().CloseForms();

@@ -86,6 +86,11 @@ void CSearchFilter::SetupOwnerLocation(const IFormInfo* oFI)
     m_filterColumns->SetOwnerLocation({oFI->Left(), oFI->Top(), oFI->Width(), oFI->Height()});
 }
 
+bool CSearchFilter::InitializeSearchData(const ISearchBaseEntry* roEntry)
+{
+    return Exists() && m_filterColumns->InitializeSearchData(roEntry);
+}
+
 void CSearchFilter::Configure(const IFormInfo* oFI)
 {
     if (!m_filterColumns)

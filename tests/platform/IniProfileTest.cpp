@@ -49,6 +49,11 @@ TEST_F(IniProfileTest, DatesUseTheMonthDayYearForm)
     p.WriteDate("S", "CompareTo2", QDateTime(QDate(2003, 12, 25), QTime(13, 5, 9)));
     EXPECT_EQ(p.ReadProfileText("S", "CompareTo1", ""), "#7-4-2003#");
     EXPECT_EQ(p.ReadProfileText("S", "CompareTo2", ""), "#12-25-2003 13:5:9#");
+    EXPECT_EQ(IniProfile::parseDateText("#7-4-2003#").value(), QDateTime(QDate(2003, 7, 4), QTime(0, 0)));
+    EXPECT_EQ(IniProfile::parseDateText("#12-25-2003 13:5:9#").value(), QDateTime(QDate(2003, 12, 25), QTime(13, 5, 9)));
+    EXPECT_EQ(IniProfile::parseDateText("2003-07-04").value(), QDateTime(QDate(2003, 7, 4), QTime(0, 0)));
+    EXPECT_FALSE(IniProfile::parseDateText("#2-30-2003#").ok());
+    EXPECT_FALSE(IniProfile::parseDateText("#7-4#").ok());
 }
 
 TEST_F(IniProfileTest, TimestampsKeepMilliseconds)

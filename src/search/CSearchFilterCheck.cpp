@@ -1,0 +1,65 @@
+// The entry point of the schema check of one base table.
+
+#include "searchdata/CSearchFilter.h"
+
+#include "columns/SchemaCheck_p.h"
+#include "platform/Guard_p.h"
+#include "searchdata/DatabaseHandler.h"
+#include "searchdata/Diagnostics.h"
+
+namespace searchdata {
+
+namespace {
+
+constexpr char kModule[] = "CSearchFilter";
+
+} // namespace
+
+int CSearchFilter::CheckTable(IProgress* roProgress, int enmConvertMode, bool blnCheckKeysAndIndexes)
+{
+    if (!m_filterColumns)
+        return 0;
+    SD_PROC("CheckTable");
+    const detail::SchemaCheckScope check;
+    int result = 0;
+    SD_GUARDED([&] {
+        CFilterColumns& columns = *m_filterColumns;
+        const bool convertRequired = columns.ConvertRequired();
+        if (convertRequired && enmConvertMode == 0) {
+            result = QueryConvert(roProgress, 0);
+            return;
+        }
+        if (convertRequired && enmConvertMode != 1)
+            return;
+        const bool inOrder = columns.CheckColumns(roProgress, enmConvertMode);
+        if (detail::conversionFailed())
+            return;
+        if (inOrder) {
+            // Without columns there is nothing on the search side to look at.
+            if (Exists())
+                result = columns.CheckForeignKeysAndIndexes(roProgress, enmConvertMode, blnCheckKeysAndIndexes, false);
+            return;
+        }
+        if (!convertRequired)
+            result = QueryConvert(roProgress, enmConvertMode);
+    });
+    return result;
+}
+
+int CSearchFilter::QueryConvert(IProgress* progress, int mode)
+{
+    if (!m_filterColumns || !m_filterColumns->Handler())
+        return 0;
+    SD_PROC("QueryConvert");
+    int result = 0;
+    SD_GUARDED([&] {
+        CFilterColumns& columns = *m_filterColumns;
+        result = detail::askConversion(*columns.Handler(), columns.BaseTableName(), mode);
+        // Mode 0 reports a definition table that needs converting, and leaves it as it is.
+        if (result == 0 && mode == 1)
+            result = columns.Convert(progress, mode);
+    });
+    return result;
+}
+
+} // namespace searchdata
