@@ -116,6 +116,8 @@ public:
     /// the server needs it), a date literal, or Empty when the text does not fit the type.
     Value SQLFormatPicklistValue(const QString& text) const;
     Value SQLPicklistDefault() const { return SQLFormatPicklistValue(m_picklistDefault); }
+    /// `SQLFormatPicklistValue` as SQL text; blank when the text does not fit the column's type.
+    QString SQLPicklistLiteral(const QString& text) const;
     /// Name of the column's picklist table.
     QString PicklistTableName() const;
     /// True for a picklist column whose table the catalogue lacks.

@@ -263,6 +263,17 @@ std::shared_ptr<CScPicklist> CFilterColumn::PickList() const
     return m_picklist;
 }
 
+QString CFilterColumn::SQLPicklistLiteral(const QString& text) const
+{
+    const Value v = SQLFormatPicklistValue(text);
+    if (v.isBlank())
+        return {};
+    if (v.type() == Value::Type::Text)
+        return v.text();
+    // Through the variant: a single goes out in its shortest decimal form, as it was typed.
+    return Dialect::sqlNumber(v.toVariant().toDouble());
+}
+
 QString CFilterColumn::PicklistTableName() const
 {
     return QStringLiteral("Picklist") + m_baseTable + m_name;

@@ -14,20 +14,6 @@ namespace {
 
 constexpr char kModule[] = "CFilterColumns";
 
-/// A value as SQL: texts are already literals or expressions; numbers in the C form.
-QString sqlOf(const Value& v)
-{
-    switch (v.type()) {
-    case Value::Type::Empty:
-    case Value::Type::Null:
-        return QStringLiteral("NULL");
-    case Value::Type::Text:
-        return v.text();
-    default:
-        return v.toDouble().ok() ? Dialect::sqlNumber(v.toDouble().value()) : QStringLiteral("NULL");
-    }
-}
-
 } // namespace
 
 CFilterColumns::CFilterColumns() = default;
@@ -503,7 +489,8 @@ bool CFilterColumns::ColumnSave(IProgress* progress, const ColumnPtr& column, co
         db.AddInsertPair(fields, values, QStringLiteral("Description"), db.SqlQuote(column->Description()));
         db.AddInsertPair(fields, values, QStringLiteral("IsPicklist"), db.SqlBoolean(column->IsPicklist()));
         db.AddInsertPair(fields, values, QStringLiteral("PicklistAllowBlanks"), db.SqlBoolean(column->PicklistAllowBlanks()));
-        db.AddInsertPair(fields, values, QStringLiteral("PicklistDefault"), sqlOf(column->SQLPicklistDefault()));
+        const QString picklistDefault = column->SQLPicklistLiteral(column->PicklistDefault());
+        db.AddInsertPair(fields, values, QStringLiteral("PicklistDefault"), picklistDefault.isEmpty() ? QStringLiteral("NULL") : picklistDefault);
         db.AddInsertPair(fields, values, QStringLiteral("DateTimeDefaultMode"), QString::number(column->DateTimeDefaultMode()));
         const Value dateDefault = column->DateTimeDefaultValue();
         if (column->DateTimeDefaultMode() == fcDTDM_Configure && !dateDefault.isBlank() && dateDefault.isDate())
@@ -533,7 +520,7 @@ bool CFilterColumns::ColumnSave(IProgress* progress, const ColumnPtr& column, co
         if (column->IsNew() && column->ColumnType() == fcNote && !column->PicklistDefault().trimmed().isEmpty()) {
             const CDebugLockedMessage filling = MakeLockedMessage(GetResourceText(8458, {column->Name()}));
             if (!db.ExecuteSql(QStringLiteral("UPDATE %1 SET %2 = %3")
-                                   .arg(db.BracketName(table), db.BracketName(column->Name()), sqlOf(column->SQLPicklistDefault())),
+                                   .arg(db.BracketName(table), db.BracketName(column->Name()), column->SQLPicklistLiteral(column->PicklistDefault())),
                                &filling))
                 return;
         }

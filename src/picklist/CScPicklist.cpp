@@ -16,22 +16,6 @@ namespace {
 
 constexpr char kModule[] = "CScPicklist";
 
-/// An SQL expression of `SQLFormatPicklistValue`: texts are literals already, numbers go out in
-/// the C form; blank when the value did not fit the column's type.
-QString literalOf(const Value& v)
-{
-    switch (v.type()) {
-    case Value::Type::Empty:
-    case Value::Type::Null:
-        return {};
-    case Value::Type::Text:
-        return v.text();
-    default:
-        // Through the variant: a single goes out in its shortest decimal form, as it was typed.
-        return Dialect::sqlNumber(v.toVariant().toDouble());
-    }
-}
-
 bool isTextual(FilterColumnTypeConstants type)
 {
     return type == fcKeyword || type == fcText || type == fcNote;
@@ -279,7 +263,7 @@ bool CScPicklist::ForceNullsAndBlanksToDefault()
     SD_GUARDED([&] {
         const std::shared_ptr<const CFilterColumn> c = column();
         DatabaseHandler& db = *m_handler;
-        const QString literal = literalOf(c->SQLPicklistDefault());
+        const QString literal = c->SQLPicklistLiteral(c->PicklistDefault());
         if (literal.isEmpty()) {
             done = true; // no default that fits the type: nothing to give
             return;
@@ -303,7 +287,7 @@ bool CScPicklist::GuaranteeDefaultEntryExists()
     SD_GUARDED([&] {
         const std::shared_ptr<const CFilterColumn> c = column();
         DatabaseHandler& db = *m_handler;
-        const QString literal = literalOf(c->SQLPicklistDefault());
+        const QString literal = c->SQLPicklistLiteral(c->PicklistDefault());
         // An empty default that blanks allow, or one that does not fit the type, needs no entry.
         if ((c->PicklistDefault().trimmed().isEmpty() && c->PicklistAllowBlanks()) || literal.isEmpty()) {
             done = true;
@@ -498,7 +482,7 @@ bool CScPicklist::SaveAdditions(const QStringList& entries)
         if (!tx.begun())
             return;
         for (const QString& entry : entries) {
-            const QString literal = literalOf(c->SQLFormatPicklistValue(entry));
+            const QString literal = c->SQLPicklistLiteral(entry);
             if (literal.isEmpty())
                 continue; // not a value of this column
             const Result<bool> exists = db.RowExists(c->Name(), Picklist(), literal);

@@ -1,5 +1,7 @@
 #include "searchdata/Catalog.h"
 
+#include "platform/Names_p.h"
+
 #include "platform/Guard_p.h"
 #include "platform/SqliteTableSql_p.h"
 #include "searchdata/DatabaseHandler.h"
@@ -10,6 +12,9 @@
 #include <algorithm>
 
 namespace searchdata {
+
+using detail::findNamed;
+using detail::sameNames;
 
 namespace {
 
@@ -99,15 +104,6 @@ QString uniqueKeyName(const CatalogTable& table, const QString& stem)
     return name;
 }
 
-bool sameNames(const QStringList& a, const QStringList& b)
-{
-    if (a.size() != b.size())
-        return false;
-    for (qsizetype i = 0; i < a.size(); ++i)
-        if (a[i].compare(b[i], Qt::CaseInsensitive) != 0)
-            return false;
-    return true;
-}
 
 // The name written for a key in the CREATE TABLE text, taken once; blank when it was unnamed.
 QString takeWrittenName(QList<detail::SqliteTableSql::Key>& written, KeyKind kind, const QStringList& columns, const QString& related)
@@ -349,14 +345,6 @@ std::shared_ptr<CatalogTable> findIn(const TableMap& tables, const QString& name
     return nullptr;
 }
 
-template <typename List>
-auto findNamed(const List& list, const QString& name) -> std::optional<typename List::value_type>
-{
-    for (const auto& item : list)
-        if (item.name.compare(name, Qt::CaseInsensitive) == 0)
-            return item;
-    return std::nullopt;
-}
 
 } // namespace
 

@@ -1,5 +1,7 @@
 #include "searchdata/SchemaTool.h"
 
+#include "platform/Names_p.h"
+
 #include "platform/Guard_p.h"
 #include "platform/SchemaChange_p.h"
 #include "platform/SchemaSql_p.h"
@@ -10,6 +12,9 @@
 #include <algorithm>
 
 namespace searchdata {
+
+using detail::findNamed;
+using detail::sameNames;
 
 using detail::execSchemaSql;
 using detail::fail;
@@ -58,15 +63,6 @@ QString shape(int type, int size)
     return size > 0 ? QStringLiteral("%1(%2)").arg(type).arg(size) : QString::number(type);
 }
 
-bool sameNames(const QStringList& a, const QStringList& b)
-{
-    if (a.size() != b.size())
-        return false;
-    for (qsizetype i = 0; i < a.size(); ++i)
-        if (a[i].compare(b[i], Qt::CaseInsensitive) != 0)
-            return false;
-    return true;
-}
 
 // Names as the database spells them: PostgreSQL compares quoted names exactly, while structures
 // name tables and columns ignoring case.

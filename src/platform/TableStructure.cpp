@@ -1,8 +1,13 @@
 #include "searchdata/TableStructure.h"
 
+#include "platform/Names_p.h"
+
 #include "platform/Guard_p.h"
 
 namespace searchdata {
+
+using detail::findNamed;
+using detail::sameNames;
 
 namespace {
 
@@ -21,14 +26,6 @@ bool knownType(int code)
     }
 }
 
-template <typename List>
-auto findNamed(const List& list, const QString& name) -> std::optional<typename List::value_type>
-{
-    for (const auto& item : list)
-        if (item.name.compare(name, Qt::CaseInsensitive) == 0)
-            return item;
-    return std::nullopt;
-}
 
 } // namespace
 
