@@ -17,6 +17,8 @@ namespace searchdata {
 
 class CCheckPopulationArgs;
 class CCheckPopulationResult;
+class CImportField;
+class CImportFields;
 class CScPicklist;
 class CSearchFilter;
 class DatabaseHandler;
@@ -267,6 +269,39 @@ public:
     /// table side by side, with a percentage at most once a second. Each table's changes are one
     /// transaction (a savepoint inside a caller's); cancelling leaves the table in hand as it was.
     std::shared_ptr<CCheckPopulationResult> CheckPopulationProgressADO(IProgress& progress, const CCheckPopulationArgs& arguments);
+
+    // ---- copy, merge and import ----------------------------------------------------------------
+
+    /// Copies one entry's stored values and keywords to another entry: `GetData` of the source, then
+    /// `CopyData` of the target.
+    bool Copy(const ISearchBaseEntry* source, const ISearchBaseEntry* target);
+    /// Writes the columns' `SavedValue`s and `SavedKeys` for `entry`, in one transaction: all of it or,
+    /// on failure, nothing. Blank texts, False booleans and dates that hold none are not written, so
+    /// the entry keeps what it held there; its keywords are replaced. Values that a picklist lacks
+    /// join it. Nothing at all is written when nothing is worth copying.
+    bool CopyData(const ISearchBaseEntry* entry);
+    /// Replaces the entry's keywords of a keyword column by the column's `SavedKeys`, each once.
+    bool CopyDataKeyword(const ISearchBaseEntry* entry, const CFilterColumn& column, const QString& seek);
+    /// Adds the column's `SavedValue` to its picklist when the list lacks it.
+    bool CopyDataInsertIntoPicklist(const CFilterColumn& column);
+    /// Adds the field `MergeName` to the definition table (making the table when it is missing).
+    bool MakeMergeColumn();
+    /// Drops the field `MergeName` from the definition table; the columns stop being merge columns.
+    bool MergeCleanup();
+    /// Merges a record of another database into `target`: keywords, then stored values, in one
+    /// transaction. Only merge columns take part, matched by their merge names.
+    bool MergeData(const ISearchBaseEntry* target, const CSearchFilter* sourceFilter, const ISearchBaseEntry* source);
+    /// Adds the source record's keywords that the target record lacks.
+    bool MergeDataKeywordColumns(const ISearchBaseEntry* target, const CSearchFilter* sourceFilter, const ISearchBaseEntry* source);
+    /// Writes every value that the source record holds over the target's; the target's search row must
+    /// exist, else nothing changes. A source without its row writes nothing.
+    bool MergeDataStandardColumns(const ISearchBaseEntry* target, const CSearchFilter* sourceFilter, const ISearchBaseEntry* source);
+    /// Writes the present values of import fields into an entry, in one transaction: the row is made
+    /// when missing, a field whose value does not suit its column is left out, and the row's empty
+    /// texts and numbers then get "" and 0. Fields without a column are skipped.
+    bool ImportData(const ISearchBaseEntry* entry, const CImportFields& fields);
+    /// Adds an import field's value to the entry's keywords unless it is there.
+    bool ImportDataKeyword(const ISearchBaseEntry* entry, const CFilterColumn& column, const QString& seek, const CImportField& field);
 
 private:
     ColumnPtr addColumn(const QString& name, const QString& caption, const QString& description, FilterColumnTypeConstants type,

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "searchdata/CFilterColumns.h"
+#include "searchdata/DataBlockImport.h"
 #include "searchdata/Enums.h"
 
 #include <QByteArray>
@@ -9,6 +10,7 @@
 namespace searchdata {
 
 class CFilterTerms;
+class CImportFields;
 class DatabaseHandler;
 class IFormInfo;
 class IProfile;
@@ -92,6 +94,55 @@ public:
     /// The step of `CheckTable` for a definition table that needs converting: asks the host, and with
     /// an answer of 0 converts in mode 1. Gives the answer, or the result of the conversion.
     int QueryConvert(IProgress* progress, int mode);
+
+    // ---- demonstration column sets -------------------------------------------------------------
+
+    /// Defines a ready-made set of columns, with its picklist entries, on a base table that has no
+    /// columns yet; a table with columns is left alone. A set that does not exist is reported to
+    /// diagnostics as not implemented. True when the set was made.
+    bool CreateDemoColumnSet(EDemoColumnSet enmDemoSet, IProgress* roProgress, const IFormInfo* oFI);
+    /// Writes the values of the DNC file set into the entry's search row, which must exist; the
+    /// values are not checked against the definitions. False when the statement failed.
+    bool UpdateDemoDncFile(IProgress* roProgress, const IFormInfo* oFI, const ISearchBaseEntry* sbeDncFile,
+                           const QString& strDrawingNo, const QString& strPartNo, const QString& strCustomer);
+    /// The same for the packet set.
+    bool UpdateDemoPacket(IProgress* roProgress, const IFormInfo* oFI, const ISearchBaseEntry* sbePacket, const QString& strOpNo,
+                          const QString& strOpType, const QString& strDescription);
+
+    // ---- copy, merge and import ----------------------------------------------------------------
+
+    /// Copies one record's search data to another record of the base table: stored values and
+    /// keywords; the target's keywords are replaced. Blank texts, False booleans and dates that hold
+    /// none leave the target's value alone. False without columns, or when the copy failed, which
+    /// then wrote nothing.
+    bool CopyValuesWithinTable(const ISearchBaseEntry* roSource, const ISearchBaseEntry* roTarget);
+    /// Copies a record's search data, keywords included, from the search of a base table of the same
+    /// name (as a rule in another database). Every source column needs a column of its name here;
+    /// without one nothing is written and the result is false.
+    bool CopyValuesBetweenTables(const CSearchFilter* oSource, const ISearchBaseEntry* roSource, const ISearchBaseEntry* roTarget);
+    /// Merge, step 1: a base table without columns gets those of `oSource`, each remembering its name
+    /// there; a name that clashes gets "_1", "_2"... A base table with columns keeps them, and the
+    /// result is success all the same.
+    ESearchFilterCopyConfigurationResults CopyConfiguration(IProgress* oContext, const CSearchFilter* oSource);
+    /// A record named by its key alone, for a merge.
+    std::shared_ptr<ISearchBaseEntry> MakeMergeBaseEntry(qint32 lngId) const;
+    /// Merge, step 2, once per record: the source record's stored values overwrite the target's
+    /// (whose search row must exist), and its keywords join the target's. One transaction per record.
+    bool MergeSearchData(const ISearchBaseEntry* roTarget, const CSearchFilter* oSource, const ISearchBaseEntry* roSource);
+    /// Merge, step 3: the columns forget their source names.
+    bool CopyCleanup();
+
+    /// Imports a data block of the source file `strSourceFile` into a record: each column that the
+    /// block names gets the value it gives, a blank or False included; the others keep theirs. Lines
+    /// that fail go to an error log in "ImportSearchDataErrors" below `strLogFolder` (the source
+    /// file's folder when blank), in a folder named by `dtmTimestamp`, beside a copy of the source
+    /// file; the other lines are imported all the same.
+    DataBlockImport AnalyzeDataBlock(const QDateTime& dtmTimestamp, const QString& strSourceFile, const ISearchBaseEntry* dflThis,
+                                     const QByteArray& baData, const QString& strLogFolder = {});
+    /// Imports values from fields of another table. `kvoTLImportInitialize` adds a column for each
+    /// field whose name has none and whose type a column can take; `kvoTLImportData` writes the
+    /// fields' present values into the record; `kvoTLImportCleanup` does nothing. False on failure.
+    bool Import(IProgress* progress, ImportActions enmAction, const ISearchBaseEntry* roEntry, const CImportFields& fields);
 
 private:
     std::shared_ptr<CFilterColumns> m_filterColumns;

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+namespace searchdata {
+
+class CScPicklist;
+
+/// What the picklist dialog does to entries that the user marked, for callers with or without it.
+
+/// Hides (mode 1) or shows again (mode 2) the entries of `picklist` whose texts are `entries`, all in
+/// one transaction: on failure nothing changes and the result is false. Other modes do nothing.
+bool HideShowCollection(CScPicklist& picklist, const QStringList& entries, int mode);
+
+/// Deletes the entries `entries` that no stored value uses, all in one transaction, then keeps the
+/// default and blank entries in step with the column. Gives the texts that stay because stored values
+/// use them, or because their deletion failed. `hiddenEntries` tells which kind of entries the user
+/// marked, for the texts shown while the table is locked.
+QStringList RemovePicklistEntries(CScPicklist& picklist, const QStringList& entries, bool hiddenEntries);
+
+} // namespace searchdata

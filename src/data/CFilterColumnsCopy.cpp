@@ -1,0 +1,429 @@
+// Copying one entry's search data to another entry, and merging the search data of another
+// database's record into a record here.
+
+#include "searchdata/CFilterColumns.h"
+
+#include "data/CopyValues_p.h"
+#include "platform/Guard_p.h"
+#include "searchdata/CScPicklist.h"
+#include "searchdata/CSearchFilter.h"
+#include "searchdata/DatabaseHandler.h"
+#include "searchdata/ISearchBaseEntry.h"
+#include "searchdata/Resources.h"
+#include "searchdata/SchemaTool.h"
+
+namespace searchdata {
+
+namespace {
+
+constexpr char kModule[] = "CFilterColumns";
+
+const QString kMergeName = QStringLiteral("MergeName");
+
+/// Whether a copy leaves the target's field alone: a False boolean, a blank text, a date that holds
+/// none (a record without a date reads as the number 0, which would otherwise arrive as 1899-12-30).
+bool nothingToCopy(const CFilterColumn& column, const Value& v)
+{
+    switch (column.ColumnType()) {
+    case fcBoolean:
+        return !v.toBoolean().valueOr(false);
+    case fcDateTime:
+        if (v.type() == Value::Type::DateTime)
+            return false;
+        return v.text().trimmed().isEmpty() || (v.isNumeric() && v.toDouble().valueOr(1) == 0);
+    default:
+        return v.text().trimmed().isEmpty();
+    }
+}
+
+/// The keywords of one entry in one keyword table, in the order they were stored.
+QStringList storedKeys(DatabaseHandler& db, const QString& table, const QString& field, const QString& bracketedKey, const QVariant& key)
+{
+    std::unique_ptr<Recordset> rs = db.OpenSqlRecordset(QStringLiteral("SELECT %1 FROM %2 WHERE %3 = ? ORDER BY %4")
+                                                            .arg(db.BracketName(field), db.BracketName(table), bracketedKey,
+                                                                 db.dialect().storageOrder()),
+                                                        QVariantList{key});
+    if (!rs)
+        detail::fail(QStringLiteral("the keywords of %1 could not be read").arg(table));
+    QStringList keys;
+    for (; !rs->EndOfFile(); rs->MoveNext()) {
+        const Value v = rs->field(field);
+        if (!v.isNull())
+            keys.append(v.text());
+    }
+    return keys;
+}
+
+/// Inserts keywords of one entry; the caller holds the transaction.
+void insertKeys(DatabaseHandler& db, const CFilterColumns& columns, const CFilterColumn& column, const ISearchBaseEntry& entry,
+                const QStringList& keys)
+{
+    const CDebugLockedMessage locked = MakeLockedMessage(GetResourceText(8464), GetResourceText(8463));
+    QString fields, marks;
+    db.AddInsertPair(fields, marks, columns.KeyColumnName(), QStringLiteral("?"));
+    db.AddInsertPair(fields, marks, column.Name(), QStringLiteral("?"));
+    const QString insert = QStringLiteral("INSERT INTO %1 (%2) VALUES (%3)").arg(db.BracketName(columns.SearchKeyword(&column)), fields, marks);
+    const QVariant key = detail::entryKey(columns, entry);
+    for (const QString& k : keys)
+        if (!db.ExecuteSql(insert, QVariantList{key, detail::boundText(k)}, &locked))
+            detail::fail(QStringLiteral("the keyword \"%1\" of %2 could not be written").arg(k, column.Name()));
+}
+
+/// Makes sure that a picklist column's list holds `entries`, so that its key accepts them.
+void admitToPicklist(const CFilterColumns& columns, const CFilterColumn& column, const QStringList& entries)
+{
+    if (!column.IsPicklist() || entries.isEmpty())
+        return;
+    const std::shared_ptr<CScPicklist> picklist = columns.PicklistOf(column);
+    if (!picklist || !picklist->SaveAdditions(entries))
+        detail::fail(QStringLiteral("the picklist of %1 could not take the copied values").arg(column.Name()));
+}
+
+/// The column of `columns` named `name`; captions don't count here.
+CFilterColumns::ColumnPtr columnNamed(const CFilterColumns& columns, const QString& name)
+{
+    for (const CFilterColumns::ColumnPtr& c : columns)
+        if (TextEquals(c->Name(), name, 1))
+            return c;
+    return nullptr;
+}
+
+} // namespace
+
+// ---- shared helpers --------------------------------------------------------------------------------
+
+QVariant detail::boundColumnValue(const CFilterColumn& column, const Value& v)
+{
+    if (v.isNull())
+        return QVariant();
+    Result<Value> typed = Value();
+    switch (column.ColumnType()) {
+    case fcInteger16: typed = v.convertTo(Value::Type::Int16); break;
+    case fcInteger32: typed = v.convertTo(Value::Type::Int32); break;
+    case fcSingle: typed = v.convertTo(Value::Type::Single); break;
+    case fcDouble: typed = v.convertTo(Value::Type::Double); break;
+    case fcDateTime: typed = v.convertTo(Value::Type::DateTime); break;
+    case fcBoolean: typed = v.convertTo(Value::Type::Boolean); break;
+    default: return boundText(v.text());
+    }
+    if (!typed)
+        fail(QStringLiteral("the value \"%1\" does not fit the column %2: %3").arg(v.text(), column.Name(), typed.error()));
+    return typed.value().toVariant();
+}
+
+QVariant detail::entryKey(const CFilterColumns& columns, const ISearchBaseEntry& entry)
+{
+    const std::optional<CatalogColumn>& key = columns.BaseKeyColumn();
+    if (key && key->type == adVarWChar)
+        return QString::number(entry.Id());
+    return entry.Id();
+}
+
+QStringList detail::distinctKeys(const QStringList& keys)
+{
+    QStringList result;
+    QSet<QString> seen;
+    for (const QString& k : keys)
+        if (!seen.contains(k)) {
+            seen.insert(k);
+            result.append(k);
+        }
+    return result;
+}
+
+bool detail::writeEntryValues(CFilterColumns& columns, const ISearchBaseEntry& entry, const QSet<const CFilterColumn*>* only)
+{
+    if (!columns.Handler())
+        return false;
+    DatabaseHandler& db = *columns.Handler();
+    const QString seek = columns.SearchTableSeekCriteria(&entry);
+    if (seek.isEmpty())
+        return false;
+    const QString table = db.BracketName(columns.SearchKeyword(nullptr));
+    const QString keyTest = columns.BracketedKeyColumnName() + QStringLiteral(" = ?");
+    const QVariant key = entryKey(columns, entry);
+    const QString title = GetResourceText(8459);
+
+    // The entry's copy is whole or not at all.
+    TableTransaction tx(db);
+    if (!tx.begun())
+        return false;
+    bool checked = false;
+    bool insertMode = false;
+    QString fields, marks, assignments;
+    QVariantList values;
+    for (const CFilterColumns::ColumnPtr& column : columns) {
+        if (only && !only->contains(column.get()))
+            continue;
+        if (column->ColumnType() == fcKeyword) {
+            if (!columns.CopyDataKeyword(&entry, *column, seek))
+                return false;
+            continue;
+        }
+        if (!checked) {
+            checked = true;
+            std::unique_ptr<Recordset> row = db.OpenSqlRecordset(QStringLiteral("SELECT 1 FROM %1 WHERE %2").arg(table, keyTest), QVariantList{key});
+            if (!row)
+                return false;
+            insertMode = row->EndOfFile();
+            if (insertMode) {
+                db.AddInsertPair(fields, marks, columns.KeyColumnName(), QStringLiteral("?"));
+                values << key;
+            }
+        }
+        Value v = detail::listForm(*column, column->SavedValue());
+        if (!only && nothingToCopy(*column, v))
+            continue;
+        // A blank is no entry of a picklist that forbids blanks; nothing at all passes its key.
+        if (column->IsPicklist() && !v.isBlank() && v.text().isEmpty())
+            v = Value::null();
+        const QVariant bound = boundColumnValue(*column, v);
+        if (column->IsPicklist() && !v.isBlank() && !columns.CopyDataInsertIntoPicklist(*column))
+            return false;
+        values << bound;
+        if (insertMode)
+            db.AddInsertPair(fields, marks, column->Name(), QStringLiteral("?"));
+        else
+            db.AddSetPair(assignments, column->Name(), QStringLiteral("?"));
+    }
+    const bool hasValues = insertMode ? values.size() > 1 : !assignments.isEmpty();
+    if (hasValues) {
+        QString sql;
+        CDebugLockedMessage locked;
+        if (insertMode) {
+            sql = QStringLiteral("INSERT INTO %1 (%2) VALUES (%3)").arg(table, fields, marks);
+            locked = MakeLockedMessage(GetResourceText(8460), title);
+        } else {
+            sql = QStringLiteral("UPDATE %1 SET %2 WHERE %3").arg(table, assignments, keyTest);
+            values << key;
+            locked = MakeLockedMessage(GetResourceText(8461), title);
+        }
+        if (!db.ExecuteSql(sql, values, &locked))
+            return false;
+    }
+    return tx.commit();
+}
+
+// ---- copy ------------------------------------------------------------------------------------------
+
+bool CFilterColumns::Copy(const ISearchBaseEntry* source, const ISearchBaseEntry* target)
+{
+    if (!source || !target)
+        return false;
+    GetData(source);
+    return CopyData(target);
+}
+
+bool CFilterColumns::CopyData(const ISearchBaseEntry* entry)
+{
+    if (!entry)
+        return false;
+    SD_PROC("CopyData");
+    bool done = false;
+    SD_GUARDED([&] { done = detail::writeEntryValues(*this, *entry, nullptr); });
+    return done;
+}
+
+bool CFilterColumns::CopyDataKeyword(const ISearchBaseEntry* entry, const CFilterColumn& column, const QString& seek)
+{
+    if (!entry || !m_handler || column.ColumnType() != fcKeyword)
+        return false;
+    SD_PROC("CopyDataKeyword");
+    bool done = false;
+    SD_GUARDED([&] {
+        DatabaseHandler& db = *m_handler;
+        const QString table = db.BracketName(SearchKeyword(&column));
+        const CDebugLockedMessage deleting = MakeLockedMessage(GetResourceText(8462), GetResourceText(8463));
+        // The keyword table's unique key takes each keyword of an entry once.
+        QStringList keys;
+        for (const QString& k : column.SavedKeys())
+            keys.append(detail::listForm(column, k));
+        keys = detail::distinctKeys(keys);
+        TableTransaction tx(db, &deleting);
+        if (!tx.begun())
+            return;
+        const bool deleted = seek == SearchTableSeekCriteria(entry)
+                                 ? db.ExecuteSql(QStringLiteral("DELETE FROM %1 WHERE %2 = ?").arg(table, BracketedKeyColumnName()),
+                                                 QVariantList{detail::entryKey(*this, *entry)}, &deleting)
+                                 : db.ExecuteSql(QStringLiteral("DELETE FROM %1 WHERE %2").arg(table, seek), &deleting);
+        if (!deleted)
+            return;
+        admitToPicklist(*this, column, keys);
+        insertKeys(db, *this, column, *entry, keys);
+        done = tx.commit();
+    });
+    return done;
+}
+
+bool CFilterColumns::CopyDataInsertIntoPicklist(const CFilterColumn& column)
+{
+    SD_PROC("CopyDataInsertIntoPicklist");
+    bool done = false;
+    SD_GUARDED([&] {
+        admitToPicklist(*this, column, QStringList{column.SavedValue().text()});
+        done = true;
+    });
+    return done;
+}
+
+// ---- merge -----------------------------------------------------------------------------------------
+
+bool CFilterColumns::MakeMergeColumn()
+{
+    if (!m_handler || !m_catalog)
+        return false;
+    SD_PROC("MakeMergeColumn");
+    bool done = false;
+    SD_GUARDED([&] {
+        if (!GetCatalogTable(*m_catalog, definitionTableName())) {
+            std::unique_ptr<Recordset> created = OpenDefinitionTable();
+            DatabaseHandler::CloseRecordset(created);
+            m_catalog->Refresh();
+        }
+        const std::optional<StructureColumn> link = MakeLinkColumn();
+        if (!link)
+            return;
+        done = schemaTool().RepairColumn(nullptr, *m_catalog, definitionTableName(), *link);
+    });
+    return done;
+}
+
+bool CFilterColumns::MergeCleanup()
+{
+    if (!m_catalog)
+        return false;
+    SD_PROC("MergeCleanup");
+    bool done = false;
+    SD_GUARDED([&] {
+        if (!schemaTool().DropColumn(nullptr, *m_catalog, definitionTableName(), kMergeName))
+            return;
+        // Without the field a later save could not write their merge names.
+        for (const ColumnPtr& c : m_columns) {
+            c->setIsMergeColumn(false);
+            c->setMergeName(QString());
+        }
+        done = true;
+    });
+    return done;
+}
+
+bool CFilterColumns::MergeData(const ISearchBaseEntry* target, const CSearchFilter* sourceFilter, const ISearchBaseEntry* source)
+{
+    if (!target || !sourceFilter || !source || !sourceFilter->FilterColumns() || !m_handler)
+        return false;
+    SD_PROC("MergeData");
+    bool done = false;
+    SD_GUARDED([&] {
+        TableTransaction tx(*m_handler);
+        if (!tx.begun())
+            return;
+        if (HasKeywordColumns() && !MergeDataKeywordColumns(target, sourceFilter, source))
+            return;
+        if (HasStandardColumns() && !MergeDataStandardColumns(target, sourceFilter, source))
+            return;
+        done = tx.commit();
+    });
+    return done;
+}
+
+bool CFilterColumns::MergeDataKeywordColumns(const ISearchBaseEntry* target, const CSearchFilter* sourceFilter,
+                                             const ISearchBaseEntry* source)
+{
+    if (!target || !sourceFilter || !source || !sourceFilter->FilterColumns() || !m_handler)
+        return false;
+    SD_PROC("MergeDataKeywordColumns");
+    bool done = false;
+    SD_GUARDED([&] {
+        const CFilterColumns& from = *sourceFilter->FilterColumns();
+        if (!from.Handler())
+            return;
+        DatabaseHandler& sourceDb = *from.Handler();
+        DatabaseHandler& db = *m_handler;
+        TableTransaction tx(db);
+        if (!tx.begun())
+            return;
+        for (const ColumnPtr& column : m_columns) {
+            if (column->ColumnType() != fcKeyword || !column->IsMergeColumn() || column->MergeName().isEmpty())
+                continue;
+            const ColumnPtr origin = columnNamed(from, column->MergeName());
+            if (!origin || origin->ColumnType() != fcKeyword)
+                continue;
+            const QStringList incoming = storedKeys(sourceDb, from.SearchKeyword(origin.get()), origin->Name(),
+                                                    from.BracketedKeyColumnName(), detail::entryKey(from, *source));
+            if (incoming.isEmpty())
+                continue;
+            const QStringList present = storedKeys(db, SearchKeyword(column.get()), column->Name(), BracketedKeyColumnName(),
+                                                   detail::entryKey(*this, *target));
+            QStringList added;
+            for (const QString& k : incoming)
+                if (const QString key = detail::listForm(*column, k); !present.contains(key) && !added.contains(key))
+                    added.append(key);
+            admitToPicklist(*this, *column, added);
+            insertKeys(db, *this, *column, *target, added);
+        }
+        done = tx.commit();
+    });
+    return done;
+}
+
+bool CFilterColumns::MergeDataStandardColumns(const ISearchBaseEntry* target, const CSearchFilter* sourceFilter,
+                                              const ISearchBaseEntry* source)
+{
+    if (!target || !sourceFilter || !source || !sourceFilter->FilterColumns() || !m_handler)
+        return false;
+    SD_PROC("MergeDataStandardColumns");
+    bool done = false;
+    SD_GUARDED([&] {
+        const CFilterColumns& from = *sourceFilter->FilterColumns();
+        if (!from.Handler())
+            return;
+        DatabaseHandler& sourceDb = *from.Handler();
+        DatabaseHandler& db = *m_handler;
+        const QString sourceTable = from.SearchKeyword(nullptr);
+        if (!sourceDb.tableExists(sourceTable)) {
+            done = true; // only keyword columns there: nothing to merge here
+            return;
+        }
+        // Source and target share the field names: the target's columns remember theirs as merge names.
+        std::unique_ptr<Recordset> row = sourceDb.OpenSqlRecordset(
+            QStringLiteral("SELECT * FROM %1 WHERE %2 = ?").arg(sourceDb.BracketName(sourceTable), from.BracketedKeyColumnName()),
+            QVariantList{detail::entryKey(from, *source)});
+        if (!row)
+            return;
+        if (row->EndOfFile()) {
+            done = true;
+            return;
+        }
+        QString assignments;
+        QVariantList values;
+        TableTransaction tx(db);
+        if (!tx.begun())
+            return;
+        for (const QString& field : row->fieldNames()) {
+            const Value v = row->field(field);
+            if (v.isNull())
+                continue;
+            const ColumnPtr column = FindByMergeName(field);
+            if (!column || column->ColumnType() == fcKeyword)
+                continue;
+            const QVariant bound = detail::boundColumnValue(*column, detail::listForm(*column, v));
+            if (column->IsPicklist())
+                admitToPicklist(*this, *column, QStringList{Value::fromVariant(bound).text()});
+            db.AddSetPair(assignments, column->Name(), QStringLiteral("?"));
+            values << bound;
+        }
+        if (!assignments.isEmpty()) {
+            // The source wins on every field it holds; a target without its row stays without.
+            values << detail::entryKey(*this, *target);
+            const CDebugLockedMessage locked = MakeLockedMessage(GetResourceText(8476), GetResourceText(8474));
+            if (!db.ExecuteSql(QStringLiteral("UPDATE %1 SET %2 WHERE %3 = ?")
+                                   .arg(db.BracketName(SearchKeyword(nullptr)), assignments, BracketedKeyColumnName()),
+                               values, &locked))
+                return;
+        }
+        done = tx.commit();
+    });
+    return done;
+}
+
+} // namespace searchdata
