@@ -2,6 +2,7 @@
 
 #include "searchdata/CFilterColumns.h"
 
+#include "data/CopyValues_p.h"
 #include "platform/Guard_p.h"
 #include "searchdata/DatabaseHandler.h"
 #include "searchdata/ISearchBaseEntry.h"
@@ -12,26 +13,6 @@ namespace searchdata {
 namespace {
 
 constexpr char kModule[] = "CFilterColumns";
-
-/// A column's value as a bound parameter of its type; Null stays null.
-QVariant boundValue(const CFilterColumn& column, const Value& v)
-{
-    if (v.isNull())
-        return QVariant();
-    Result<Value> typed = Value();
-    switch (column.ColumnType()) {
-    case fcInteger16: typed = v.convertTo(Value::Type::Int16); break;
-    case fcInteger32: typed = v.convertTo(Value::Type::Int32); break;
-    case fcSingle: typed = v.convertTo(Value::Type::Single); break;
-    case fcDouble: typed = v.convertTo(Value::Type::Double); break;
-    case fcDateTime: typed = v.convertTo(Value::Type::DateTime); break;
-    case fcBoolean: typed = v.convertTo(Value::Type::Boolean); break;
-    default: return v.text();
-    }
-    if (!typed)
-        detail::fail(QStringLiteral("the value \"%1\" does not fit the column %2: %3").arg(v.text(), column.Name(), typed.error()));
-    return typed.value().toVariant();
-}
 
 } // namespace
 
@@ -80,7 +61,7 @@ bool CFilterColumns::saveEntry(const ISearchBaseEntry* entry, const std::functio
             Value v;
             if (!valueOf(*column, v))
                 continue;
-            values << boundValue(*column, v);
+            values << detail::boundColumnValue(*column, v);
             if (missing)
                 fields << db.BracketName(column->Name());
             else
