@@ -8,6 +8,8 @@ packages=(
   qt6-base-dev qt6-base-dev-tools libqt6sql6-sqlite libqt6sql6-psql
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   postgresql-15 postgresql-client-15
+  # widget tests and screenshots pin DejaVu Sans; IPA Gothic gives the forms Japanese glyphs
+  fonts-dejavu-core fonts-ipafont-gothic
 )
 
 missing=()

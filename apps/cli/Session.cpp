@@ -51,19 +51,6 @@ bool isSearchSideTable(const QString& name)
 
 } // namespace
 
-std::shared_ptr<TableStructure> describeBaseTable(const CatalogTable& table, const QString& key)
-{
-    auto structure = TableStructure::NewStructure(table.name);
-    if (!structure)
-        return nullptr;
-    // A field of a type that structures do not know is only left out of filtering.
-    for (const CatalogColumn& c : table.columns)
-        (void)structure->AddColumn(c.name, c.type, c.definedSize, 0, c.nullable);
-    if (!structure->AddPrimaryKey(QStringLiteral("PK_") + table.name, {key}))
-        return nullptr;
-    return structure;
-}
-
 Session::Session(const Invocation& invocation, bool mayCreate) : m_invocation(invocation)
 {
     m_location = invocation.value(QStringLiteral("db"));
@@ -130,7 +117,7 @@ void Session::openSearch(const QString& table)
 
     clearLibraryReports();
     m_search = CCommon().CreateSearchFilterObject(m_db, std::make_shared<NamedBaseTable>(m_table->name), m_catalog, m_profile, 0,
-                                                  describeBaseTable(*m_table, m_key));
+                                                  DescribeBaseTable(*m_table, m_key));
     if (!m_search || !m_search->FilterColumns())
         failWithReason(QStringLiteral("cannot open the search data of %1").arg(m_table->name));
 }

@@ -81,7 +81,4 @@ private:
     const Invocation& m_invocation;
 };
 
-/// The host's description of a base table as the catalog has it: its fields and its primary key.
-std::shared_ptr<TableStructure> describeBaseTable(const CatalogTable& table, const QString& key);
-
 } // namespace searchdata::cli

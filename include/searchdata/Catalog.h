@@ -12,6 +12,8 @@
 
 namespace searchdata {
 
+class TableStructure;
+
 class DatabaseHandler;
 
 /// A column as the database has it.
@@ -85,6 +87,11 @@ private:
 
 /// The table named `name` (ignoring case, an exact spelling first), or null. Not an error when missing.
 CatalogTablePtr GetCatalogTable(const Catalog& catalog, const QString& name);
+
+/// A host's description of its base table as the catalog has it: every field, and `key` as its
+/// primary key. A field of a type that structures do not know is left out (it cannot be filtered).
+/// Null when `key` names no field.
+std::shared_ptr<TableStructure> DescribeBaseTable(const CatalogTable& table, const QString& key);
 
 /// The column named `name` of a table, ignoring case, or nothing. A null table gives nothing.
 std::optional<CatalogColumn> GetTableColumn(const CatalogTable& table, const QString& name);

@@ -5,6 +5,7 @@
 #include "platform/Guard_p.h"
 #include "platform/SqliteTableSql_p.h"
 #include "searchdata/DatabaseHandler.h"
+#include "searchdata/TableStructure.h"
 
 #include <QHash>
 #include <QMap>
@@ -435,6 +436,20 @@ std::optional<CatalogKey> GetTableKey(const CatalogTable& table, const QString& 
 std::optional<CatalogKey> GetTableKey(const CatalogTablePtr& table, const QString& name)
 {
     return table ? GetTableKey(*table, name) : std::nullopt;
+}
+
+std::shared_ptr<TableStructure> DescribeBaseTable(const CatalogTable& table, const QString& key)
+{
+    if (!GetTableColumn(table, key))
+        return nullptr;
+    auto structure = TableStructure::NewStructure(table.name);
+    if (!structure)
+        return nullptr;
+    for (const CatalogColumn& c : table.columns)
+        (void)structure->AddColumn(c.name, c.type, c.definedSize, 0, c.nullable);
+    if (!structure->AddPrimaryKey(QStringLiteral("PK_") + table.name, {key}))
+        return nullptr;
+    return structure;
 }
 
 } // namespace searchdata
