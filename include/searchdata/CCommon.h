@@ -9,6 +9,12 @@ namespace searchdata {
 /// The entry point of a host: makes search objects for its base tables.
 class CCommon {
 public:
+    /// Counted by the object monitor; each one also hands the host the clean-up of the library's windows.
+    CCommon();
+    CCommon(const CCommon& other);
+    CCommon& operator=(const CCommon&) = default;
+    ~CCommon();
+
     /// A search object on one base table, always an object: a failed open shows as an empty
     /// `FilterColumns` and `Exists` false.
     std::shared_ptr<CSearchFilter> CreateSearchFilterObject(std::shared_ptr<DatabaseHandler> roHandler,

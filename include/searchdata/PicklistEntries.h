@@ -13,8 +13,8 @@ class CScPicklist;
 /// one transaction: on failure nothing changes and the result is false. Other modes do nothing.
 bool HideShowCollection(CScPicklist& picklist, const QStringList& entries, int mode);
 
-/// Deletes the entries `entries` that no stored value uses, all in one transaction, then keeps the
-/// default and blank entries in step with the column. Gives the texts that stay because stored values
+/// Deletes the entries `entries` that no stored value uses and keeps the default and blank entries
+/// in step with the column, all in one transaction: on failure nothing changes. Gives the texts that stay because stored values
 /// use them, or because their deletion failed. `hiddenEntries` tells which kind of entries the user
 /// marked, for the texts shown while the table is locked.
 QStringList RemovePicklistEntries(CScPicklist& picklist, const QStringList& entries, bool hiddenEntries);

@@ -70,6 +70,14 @@ public:
     virtual void NotImplementedNotice() = 0;
     /// The text on the clipboard, which a paste would put in; blank without a clipboard.
     virtual QString ClipboardText() const { return {}; }
+
+    /// For the object monitor: an object of the library's surface came to life, or went. Nothing
+    /// is counted without a window.
+    virtual void ObjectCreated(const QString& typeName, const void* object) { Q_UNUSED(typeName) Q_UNUSED(object) }
+    virtual void ObjectDestroyed(const QString& typeName, const void* object) { Q_UNUSED(typeName) Q_UNUSED(object) }
+    /// Hands the host the means to destroy the library's windows when it shuts down; asked each time
+    /// the host creates a `CCommon`. Without a window there is nothing to hand.
+    virtual void RegisterCleanup() {}
 };
 
 /// The services without a window: each request is recorded; questions take their default answer,

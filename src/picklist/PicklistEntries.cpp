@@ -75,13 +75,10 @@ QStringList RemovePicklistEntries(CScPicklist& picklist, const QStringList& entr
             if (!used || used.value() || !db.ExecuteSql(remove + literal, &locked))
                 kept.append(entry);
         }
-        if (!tx.commit()) {
+        // A removal may have taken the default entry or the blank one: they come back in the same
+        // transaction, so that the list is never seen without them.
+        if (!picklist.GuaranteeDefaultEntryExists() || !picklist.CheckAllowBlanks() || !tx.commit())
             kept = entries;
-            return;
-        }
-        // A removal may have taken the default entry or the blank one.
-        picklist.GuaranteeDefaultEntryExists();
-        picklist.CheckAllowBlanks();
     });
     return kept;
 }

@@ -15,6 +15,26 @@ std::shared_ptr<CSearchFilter> CreateSearchFilterObject(std::shared_ptr<Database
     return filter;
 }
 
+namespace {
+
+constexpr QLatin1StringView kTypeName("CCommon");
+
+} // namespace
+
+CCommon::CCommon()
+{
+    UiServices& ui = UiServices::current();
+    ui.ObjectCreated(kTypeName, this);
+    ui.RegisterCleanup();
+}
+
+CCommon::CCommon(const CCommon&) : CCommon() {}
+
+CCommon::~CCommon()
+{
+    UiServices::current().ObjectDestroyed(kTypeName, this);
+}
+
 std::shared_ptr<CSearchFilter> CCommon::CreateSearchFilterObject(std::shared_ptr<DatabaseHandler> roHandler,
                                                                  std::shared_ptr<ISearchBaseTable> roBaseTable,
                                                                  std::shared_ptr<Catalog> roCatalog, std::shared_ptr<IProfile> roProfile,

@@ -3,14 +3,18 @@
 #include "searchdata/UiServices.h"
 
 #include <QPointer>
+#include <functional>
 
-class QProgressDialog;
 class QWidget;
 
 namespace searchdata {
 
-/// The UI services of a desktop host: message boxes, questions, the locked message with a Cancel
-/// button, and a progress dialog. Install with `UiServices::install` on the user-interface thread.
+class ICleanupFormManager;
+class frmLockedMessage;
+
+/// The UI services of a desktop host: the library's dialogs, message boxes, questions, the locked
+/// message with a Cancel button, and a progress dialog. Install with `UiServices::install` on the
+/// user-interface thread.
 class WidgetUiServices : public UiServices {
 public:
     /// `parent` is the window that dialogs stand over; it may be null.
@@ -32,10 +36,22 @@ public:
     QSizeF UsableScreenSize() const override;
     float DialogOffset() const override;
     void NotImplementedNotice() override;
+    void ObjectCreated(const QString& typeName, const void* object) override;
+    void ObjectDestroyed(const QString& typeName, const void* object) override;
+    void RegisterCleanup() override;
+
+    /// The host's clean-up service: it receives the library's clean-up manager each time the host
+    /// creates a `CCommon`, and calls its `CleanupForms` when the host closes (the manager's `Key`
+    /// tells libraries apart). Without one, the manager cleans up when the application quits.
+    void setCleanupService(std::function<void(ICleanupFormManager&)> service) { m_cleanupService = std::move(service); }
 
 private:
+    /// The window that a dialog opened for `owner` stands over.
+    QWidget* dialogParent(const IFormInfo* owner) const;
+
     QPointer<QWidget> m_parent;
-    QPointer<QProgressDialog> m_locked;
+    QPointer<frmLockedMessage> m_locked;
+    std::function<void(ICleanupFormManager&)> m_cleanupService;
 };
 
 } // namespace searchdata

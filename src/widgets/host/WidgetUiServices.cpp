@@ -1,12 +1,19 @@
 #include "searchdata/widgets/WidgetUiServices.h"
 
-#include "searchdata/LockedMessage.h"
+#include "host/FormPlacement.h"
+#include "host/LibraryForms.h"
+#include "host/frmLockedMessage.h"
+#include "picklist/frmPicklistEdit.h"
+#include "picklist/frmPicklistSelect.h"
+#include "searchdata/Resources.h"
+#include "searchdata/widgets/CCleanupFormManager.h"
+#include "searchdata/widgets/CFormInfo.h"
+#include "searchdata/widgets/ObjectMonitor.h"
 
 #include <QApplication>
 #include <QMessageBox>
 #include <QProgressDialog>
 #include <QScreen>
-#include "searchdata/Resources.h"
 
 namespace searchdata {
 
@@ -46,6 +53,13 @@ WidgetUiServices::~WidgetUiServices()
     delete m_locked;
 }
 
+QWidget* WidgetUiServices::dialogParent(const IFormInfo* owner) const
+{
+    if (const auto* info = dynamic_cast<const CFormInfo*>(owner); info && info->form())
+        return info->form()->window();
+    return m_parent;
+}
+
 // The dialogs themselves arrive with their own windows; until then these requests change nothing.
 void WidgetUiServices::OpenConfigureDialog(CFilterColumns&, const IFormInfo*) {}
 void WidgetUiServices::OpenExamineWindow(CFilterColumns&, ISearchBaseEntry*, Recordset*, const IFormInfo*) {}
@@ -53,8 +67,21 @@ std::shared_ptr<CFilterTerms> WidgetUiServices::OpenFilterDialog(CFilterColumns&
 {
     return terms;
 }
-void WidgetUiServices::OpenPicklistDialog(CScPicklist&, const IFormInfo*) {}
-void WidgetUiServices::OpenPicklistChoiceDialog(CFilterColumns&, const IFormInfo*) {}
+
+// A dialog may be destroyed while it runs, by the clean-up of the library's windows.
+void WidgetUiServices::OpenPicklistDialog(CScPicklist& picklist, const IFormInfo* owner)
+{
+    const QPointer<frmPicklistEdit> form = new frmPicklistEdit(dialogParent(owner));
+    form->Edit(owner, picklist);
+    delete form.data();
+}
+
+void WidgetUiServices::OpenPicklistChoiceDialog(CFilterColumns& columns, const IFormInfo* owner)
+{
+    const QPointer<frmPicklistSelect> form = new frmPicklistSelect(dialogParent(owner));
+    form->SelectAndEdit(columns, owner);
+    delete form.data();
+}
 
 void WidgetUiServices::ShowMessage(MessageKind kind, const QString& title, const QString& text)
 {
@@ -83,28 +110,23 @@ Answer WidgetUiServices::AskYesNoCancel(const QString& title, const QString& tex
 
 void WidgetUiServices::ShowLockedMessage(const IDebugLockedMessage& message)
 {
-    // A fresh dialog for each wait, so that a Cancel of an earlier wait does not end this one.
+    // A fresh window for each wait, so that a Cancel of an earlier wait does not end this one.
     delete m_locked;
-    m_locked = new QProgressDialog(m_parent);
-    m_locked->setRange(0, 0);
-    m_locked->setMinimumDuration(0);
-    m_locked->setWindowModality(Qt::ApplicationModal);
-    m_locked->setWindowTitle(message.Title());
-    m_locked->setLabelText(message.Message());
+    m_locked = new frmLockedMessage(message, m_parent);
+    CentreForm(*m_locked, MakeFormInfo(m_parent).get());
     m_locked->show();
     QApplication::processEvents();
 }
 
 void WidgetUiServices::ClearLockedMessage()
 {
-    if (m_locked)
-        m_locked->hide();
+    delete m_locked;
 }
 
 bool WidgetUiServices::KeepWaitingForLock(std::chrono::milliseconds)
 {
     QApplication::processEvents();
-    return !(m_locked && m_locked->wasCanceled());
+    return !(m_locked && m_locked->cancelled());
 }
 
 std::any WidgetUiServices::RunProgress(IProgressHandler& handler, int request, const std::any& arguments, const IFormInfo*)
@@ -115,12 +137,7 @@ std::any WidgetUiServices::RunProgress(IProgressHandler& handler, int request, c
 
 void WidgetUiServices::CloseForms()
 {
-    // Hide the library's top-level windows, newest first.
-    const QWidgetList windows = QApplication::topLevelWidgets();
-    for (auto it = windows.crbegin(); it != windows.crend(); ++it) {
-        if ((*it)->isVisible() && (*it)->property("searchdataForm").toBool())
-            (*it)->hide();
-    }
+    CloseGrupruForms();
 }
 
 QSizeF WidgetUiServices::UsableScreenSize() const
@@ -137,6 +154,25 @@ float WidgetUiServices::DialogOffset() const
 void WidgetUiServices::NotImplementedNotice()
 {
     QMessageBox::information(m_parent, QGuiApplication::applicationDisplayName(), GetResourceText(9200));
+}
+
+void WidgetUiServices::ObjectCreated(const QString& typeName, const void* object)
+{
+    ObjectMonitor::instance().Created(typeName, object);
+}
+
+void WidgetUiServices::ObjectDestroyed(const QString& typeName, const void* object)
+{
+    ObjectMonitor::instance().Destroyed(typeName, object);
+}
+
+void WidgetUiServices::RegisterCleanup()
+{
+    CCleanupFormManager& manager = CCleanupFormManager::instance();
+    if (m_cleanupService)
+        m_cleanupService(manager);
+    else
+        manager.cleanUpWhenQuitting();
 }
 
 } // namespace searchdata
