@@ -78,6 +78,9 @@ int CFormInfo::MousePointer() const
     if (!m_form || !m_form->testAttribute(Qt::WA_SetCursor))
         return 0;
     const Qt::CursorShape shape = m_form->cursor().shape();
+    // A window without a cursor of its own keeps the arrow.
+    if (m_form->isWindow() && shape == Qt::ArrowCursor)
+        return 0;
     for (const auto& [code, pointerShape] : kPointers)
         if (pointerShape == shape)
             return code;
