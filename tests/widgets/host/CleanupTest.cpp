@@ -75,27 +75,29 @@ TEST_F(CleanupTest, WindowsGoFromTheLastOpenedToTheFirstExceptTheOneKept)
 
 TEST_F(CleanupTest, ACleanUpCalledWhileOneRunsReturnsAtOnce)
 {
-    int nestedCalls = 0;
+    QStringList seenByNestedCall;
     auto again = [&] {
-        ++nestedCalls;
         CCleanupFormManager::instance().CleanupForms();
+        seenByNestedCall = log;
     };
     new NotedForm("first", log);
     new NotedForm("second", log, again);
     new NotedForm("third", log);
     CCleanupFormManager::instance().CleanupForms();
-    EXPECT_EQ(nestedCalls, 1);
+    EXPECT_EQ(seenByNestedCall, QStringList({"destroyed third", "destroyed second"})) << "the inner call destroyed nothing";
     EXPECT_EQ(log, QStringList({"destroyed third", "destroyed second", "destroyed first"}));
 }
 
 TEST_F(CleanupTest, ClosingHidesTheShownWindowsNewestFirstAndKeepsThem)
 {
     int nestedCalls = 0;
+    bool firstShownAfterNestedCall = false;
+    QList<QPointer<NotedForm>> forms;
     auto again = [&] {
         ++nestedCalls;
         CloseGrupruForms();
+        firstShownAfterNestedCall = forms.first() && forms.first()->isVisible();
     };
-    QList<QPointer<NotedForm>> forms;
     for (const char* name : {"list", "edit", "question"}) {
         forms << new NotedForm(name, log, QString(name) == "edit" ? std::function<void()>(again) : std::function<void()>());
         forms.last()->show();
@@ -106,12 +108,14 @@ TEST_F(CleanupTest, ClosingHidesTheShownWindowsNewestFirstAndKeepsThem)
     CloseGrupruForms();
     EXPECT_EQ(log, QStringList({"hidden question", "hidden edit", "hidden list"}));
     EXPECT_EQ(nestedCalls, 1);
+    EXPECT_TRUE(firstShownAfterNestedCall) << "the inner call hid nothing";
     for (const auto& form : forms) {
         ASSERT_FALSE(form.isNull());
         EXPECT_FALSE(form->isVisible());
     }
     EXPECT_EQ(LibraryForms().size(), 4) << "closing is not destroying";
-    Q_UNUSED(hidden)
+    EXPECT_FALSE(hidden->isVisible());
+    CCleanupFormManager::instance().CleanupForms(); // while what the callbacks use still exists
 }
 
 TEST_F(CleanupTest, TheManagerIsKnownByTheProgramAndCleansUpForTheHostThatAsks)
