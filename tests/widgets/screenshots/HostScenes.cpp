@@ -1,0 +1,19 @@
+// The windows of the host layer: the locked message.
+
+#include "host/frmLockedMessage.h"
+#include "screenshots/Scenes.h"
+#include "searchdata/LockedMessage.h"
+#include "searchdata/Resources.h"
+
+namespace searchdata::shots {
+
+namespace {
+
+SD_SCENE("locked-message", [](SceneContext&) -> std::unique_ptr<QWidget> {
+    // As a save of picklist entries shows it while another user holds the table.
+    return std::make_unique<frmLockedMessage>(MakeLockedMessage(GetResourceText(8374), GetResourceText(8373)));
+});
+
+} // namespace
+
+} // namespace searchdata::shots
