@@ -3,6 +3,8 @@
 #include "searchdata/widgets/CFormInfo.h"
 #include "searchdata/widgets/IFormUpdatable.h"
 
+#include <functional>
+
 namespace searchdata {
 
 /// A Qt window that the host's libraries may also move, size and restyle.
@@ -26,6 +28,8 @@ public:
 
 private:
     void setOuterGeometry(const QRect& frame);
+    /// Changes the outer frame of the form by `change`.
+    void changeFrame(const std::function<void(QRect&)>& change);
 };
 
 /// A wrapper of `form`, or null for no form.

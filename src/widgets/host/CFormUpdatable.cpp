@@ -20,18 +20,21 @@ void CFormUpdatable::setOuterGeometry(const QRect& frame)
     outer->resize(frame.size() - border);
 }
 
-void CFormUpdatable::setHeight(float height)
+void CFormUpdatable::changeFrame(const std::function<void(QRect&)>& change)
 {
     QRect frame = outerGeometry();
-    frame.setHeight(qRound(height));
+    change(frame);
     setOuterGeometry(frame);
+}
+
+void CFormUpdatable::setHeight(float height)
+{
+    changeFrame([&](QRect& frame) { frame.setHeight(qRound(height)); });
 }
 
 void CFormUpdatable::setLeft(float left)
 {
-    QRect frame = outerGeometry();
-    frame.moveLeft(qRound(left));
-    setOuterGeometry(frame);
+    changeFrame([&](QRect& frame) { frame.moveLeft(qRound(left)); });
 }
 
 void CFormUpdatable::setMousePointer(int pointer)
@@ -66,16 +69,12 @@ void CFormUpdatable::setTag(const QVariant& tag)
 
 void CFormUpdatable::setTop(float top)
 {
-    QRect frame = outerGeometry();
-    frame.moveTop(qRound(top));
-    setOuterGeometry(frame);
+    changeFrame([&](QRect& frame) { frame.moveTop(qRound(top)); });
 }
 
 void CFormUpdatable::setWidth(float width)
 {
-    QRect frame = outerGeometry();
-    frame.setWidth(qRound(width));
-    setOuterGeometry(frame);
+    changeFrame([&](QRect& frame) { frame.setWidth(qRound(width)); });
 }
 
 void CFormUpdatable::setWindowState(int state)

@@ -17,16 +17,6 @@ using namespace searchdata::test;
 
 namespace {
 
-/// Once the next modal window is up, hands it to `act`.
-void whenModalAppears(std::function<void(QWidget*)> act)
-{
-    QTimer::singleShot(0, [act = std::move(act)] {
-        QWidget* modal = nullptr;
-        waitFor([&] { return (modal = QApplication::activeModalWidget()) != nullptr; });
-        act(modal);
-    });
-}
-
 /// Notes the names of the windows that are shown while it lives.
 class ShowWatcher : public QObject {
 public:

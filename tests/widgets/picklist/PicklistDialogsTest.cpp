@@ -20,21 +20,6 @@ using namespace searchdata::test;
 
 namespace {
 
-/// Once a modal window named `name` is up, hands it to `act`.
-void whenModalAppears(const QString& name, std::function<void(QWidget*)> act)
-{
-    QTimer::singleShot(0, [name, act = std::move(act)] {
-        QWidget* modal = nullptr;
-        const bool up = waitFor([&] {
-            modal = QApplication::activeModalWidget();
-            return modal && modal->objectName() == name && modal->isVisible();
-        });
-        EXPECT_TRUE(up) << "no window " << qPrintable(name);
-        if (up)
-            act(modal);
-    });
-}
-
 QStringList entries(int count)
 {
     QStringList list;
@@ -94,7 +79,7 @@ TEST(PicklistKept, QueryHideIsTrueOnlyForTheConfirmingButton)
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.how);
-        whenModalAppears("frmPicklistKept", c.act);
+        whenModalAppears(c.act, "frmPicklistKept");
         EXPECT_EQ(frmPicklistKept::QueryHide(nullptr, entries(3)), c.expected);
     }
 }
@@ -152,10 +137,10 @@ TEST_P(PicklistEntryPointsTest, OnePicklistOpensItsDialogAtOnce)
     auto cols = picklists({"Qty"});
     EXPECT_TRUE(cols->HasPicklists());
     QString title;
-    whenModalAppears("frmPicklistEdit", [&](QWidget* w) {
+    whenModalAppears([&](QWidget* w) {
         title = w->windowTitle();
         QTest::keyClick(w, Qt::Key_Escape);
-    });
+    }, "frmPicklistEdit");
     cols->EditPicklists(nullptr);
     EXPECT_EQ(title, GetResourceText(8352, {"Files", "Qty"}));
 }
@@ -173,7 +158,7 @@ TEST_P(PicklistEntryPointsTest, WithSeveralTheUserChoosesWhichToEdit)
     bool editAtFirst = true;
     QString edited;
     bool selectGone = false;
-    whenModalAppears("frmPicklistSelect", [&](QWidget* select) {
+    whenModalAppears([&](QWidget* select) {
         EXPECT_EQ(select->windowTitle(), GetResourceText(8256));
         EXPECT_EQ(select->pos(), host.frameGeometry().topLeft() + QPoint(20, 20)) << "off the owner's corner by the dialog offset";
         auto* list = named<QListWidget>(select, "lstColumns");
@@ -183,13 +168,13 @@ TEST_P(PicklistEntryPointsTest, WithSeveralTheUserChoosesWhichToEdit)
         editAtFirst = edit->isEnabled();
         const QRect qty = list->visualItemRect(list->item(1));
         QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, qty.center());
-        whenModalAppears("frmPicklistEdit", [&](QWidget* w) {
+        whenModalAppears([&](QWidget* w) {
             edited = w->windowTitle();
             QTest::mouseClick(named<QPushButton>(w, "cmdCancel"), Qt::LeftButton);
-        });
+        }, "frmPicklistEdit");
         QTest::mouseClick(edit, Qt::LeftButton);
         selectGone = !select->isVisible();
-    });
+    }, "frmPicklistSelect");
     cols->EditPicklists(owner.get());
     EXPECT_EQ(listed, QStringList({"Colour", "Qty"}));
     EXPECT_FALSE(editAtFirst);

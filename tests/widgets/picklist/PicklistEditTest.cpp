@@ -32,16 +32,6 @@ QStringList nodes(const QTreeWidget* tree)
     return texts;
 }
 
-/// Once the next modal window is up, hands it to `act`.
-void whenModalAppears(std::function<void(QWidget*)> act)
-{
-    QTimer::singleShot(0, [act = std::move(act)] {
-        QWidget* modal = nullptr;
-        waitFor([&] { return (modal = QApplication::activeModalWidget()) != nullptr; });
-        act(modal);
-    });
-}
-
 class PicklistEditTest : public PicklistTest {
 protected:
     /// Colour allows blanks and defaults to "red": its list is "", blue, red. Qty defaults to 7.

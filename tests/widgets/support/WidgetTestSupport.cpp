@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QFontInfo>
 #include <QTest>
+#include <QTimer>
 
 namespace searchdata::test {
 
@@ -25,6 +26,20 @@ void pinApplicationFont()
 bool waitFor(const std::function<bool()>& done, int timeoutMs)
 {
     return QTest::qWaitFor(done, timeoutMs);
+}
+
+void whenModalAppears(std::function<void(QWidget*)> act, const QString& name)
+{
+    QTimer::singleShot(0, [name, act = std::move(act)] {
+        QWidget* modal = nullptr;
+        const bool up = waitFor([&] {
+            modal = QApplication::activeModalWidget();
+            return modal && modal->isVisible() && (name.isEmpty() || modal->objectName() == name);
+        });
+        EXPECT_TRUE(up) << "no modal window " << qPrintable(name);
+        if (up)
+            act(modal);
+    });
 }
 
 Answer ScriptedUiServices::AskYesNoCancel(const QString& title, const QString& text, Answer defaultAnswer)

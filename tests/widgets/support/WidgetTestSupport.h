@@ -24,6 +24,10 @@ T* named(const QWidget* parent, const QString& name)
     return parent ? parent->findChild<T*>(name) : nullptr;
 }
 
+/// Once the next modal window (named `name`, when one is given) is up, hands it to `act`, from the
+/// event loop that the code under test runs; a window that never comes fails the test.
+void whenModalAppears(std::function<void(QWidget*)> act, const QString& name = {});
+
 /// The UI services of a user who answers questions from a script: each question takes the next
 /// queued answer (or the caller's default when the queue is empty) and is recorded, as are messages.
 class ScriptedUiServices : public HeadlessUiServices {
