@@ -113,7 +113,9 @@ void WidgetUiServices::ShowLockedMessage(const IDebugLockedMessage& message)
     // A fresh window for each wait, so that a Cancel of an earlier wait does not end this one.
     delete m_locked;
     m_locked = new frmLockedMessage(message, m_parent);
-    CentreForm(*m_locked, MakeFormInfo(m_parent).get());
+    // Over the window whose work waits, as far as one is active.
+    QWidget* over = QApplication::activeWindow() ? QApplication::activeWindow() : m_parent.data();
+    CentreForm(*m_locked, MakeFormInfo(over).get());
     m_locked->show();
     QApplication::processEvents();
 }

@@ -34,7 +34,8 @@ QStringList nodes(const QTreeWidget* tree)
 
 class PicklistEditTest : public PicklistTest {
 protected:
-    /// Colour allows blanks and defaults to "red": its list is "", blue, red. Qty defaults to 7.
+    /// Colour allows blanks and defaults to "red": its list is "", blue, red. Qty defaults to 7, the
+    /// date column Made to 2024-03-14.
     void SetUp() override
     {
         PicklistTest::SetUp();
@@ -42,6 +43,7 @@ protected:
             return;
         ASSERT_NO_FATAL_FAILURE(defineColourAndQty());
         cols = columns();
+        ASSERT_NE(cols->Add("Made", "", "", fcDateTime, 0, true, true, "2024-03-14"), nullptr);
         for (const auto& [name, defaultText] : {std::pair{"Colour", "red"}, std::pair{"Qty", "7"}}) {
             auto column = cols->Item(name);
             column->setIsPicklist(true);
@@ -136,6 +138,13 @@ TEST_P(PicklistEditTest, ListsVisibleAndHiddenEntriesWithoutTheBlankAndTheDefaul
     open("Qty");
     EXPECT_EQ(nodes(control<QTreeWidget>("tvwOld")), QStringList({"7", "9", "12", "100"}));
     EXPECT_EQ(control<QTreeWidget>("tvwOld")->topLevelItem(0)->data(0, Qt::UserRole).toString(), "N:7");
+
+    // Dates show in the user's form, whatever form the database keeps them in, and sort by time.
+    ASSERT_TRUE(cols->PicklistOf(*cols->Item("Made"))->SaveAdditions({"2023-12-31", "2024-02-01"}));
+    open("Made");
+    EXPECT_EQ(nodes(control<QTreeWidget>("tvwOld")), QStringList({"12/31/2023", "2/1/2024", "3/14/2024"}));
+    EXPECT_TRUE(control<QTreeWidget>("tvwOld")->topLevelItem(2)->font(0).bold());
+    EXPECT_EQ(control<QTreeWidget>("tvwOld")->topLevelItem(2)->data(0, Qt::UserRole).toString(), "D:3/14/2024");
 }
 
 TEST_P(PicklistEditTest, TheDefaultsCheckIsTakenBackAndDoesNotCount)
@@ -177,6 +186,10 @@ TEST_P(PicklistEditTest, WhatCanBeAddedDependsOnTheTypeAndTheEntriesOfEveryTab)
         {"Qty", "007", false}, // the number 7, the default
         {"Qty", "7.0", false},
         {"Qty", "99999999999", false}, // too large for the column
+        {"Made", "3/14/2024", false},   // the default, as the list shows it
+        {"Made", "2024-03-14", false},
+        {"Made", "2024-03-15", true},
+        {"Made", "2024-02-30", false},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(std::string(c.column) + " <" + c.typed + ">");
