@@ -119,8 +119,6 @@ frmPicklistEdit::frmPicklistEdit(QWidget* parent) : QDialog(parent)
     RegisterLibraryForm(this);
 }
 
-frmPicklistEdit::~frmPicklistEdit() = default;
-
 QWidget* frmPicklistEdit::makeTab(QTreeWidget*& tree, QLineEdit*& text, std::initializer_list<QPushButton**> buttons,
                                   const char* treeName, const char* textName, std::initializer_list<const char*> buttonNames)
 {

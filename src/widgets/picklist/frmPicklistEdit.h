@@ -27,7 +27,6 @@ class frmPicklistEdit : public QDialog {
     Q_OBJECT
 public:
     explicit frmPicklistEdit(QWidget* parent = nullptr);
-    ~frmPicklistEdit() override;
 
     /// Edits `picklist` in a modal dialog over `oFI`.
     void Edit(const IFormInfo* oFI, CScPicklist& picklist);

@@ -124,16 +124,9 @@ protected:
     }
 };
 
-TEST_P(PicklistEntryPointsTest, NoPicklistOpensNothing)
-{
-    auto cols = picklists({});
-    EXPECT_FALSE(cols->HasPicklists());
-    cols->EditPicklists(nullptr);
-    EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
-}
-
 TEST_P(PicklistEntryPointsTest, OnePicklistOpensItsDialogAtOnce)
 {
+    EXPECT_FALSE(picklists({})->HasPicklists());
     auto cols = picklists({"Qty"});
     EXPECT_TRUE(cols->HasPicklists());
     QString title;
