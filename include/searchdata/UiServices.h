@@ -21,8 +21,8 @@ class Recordset;
 /// The kinds of message box the library shows.
 enum class MessageKind { Information, Warning, Critical };
 
-/// Answers of a yes/no/cancel question.
-enum class Answer { Yes, No, Cancel };
+/// Answers of a question: yes/no/cancel, or OK/cancel.
+enum class Answer { Yes, No, Cancel, Ok };
 
 /// Everything the core asks of a user interface. The widgets library installs the real one; without
 /// it a headless one records each request and gives the default answer the caller names.
@@ -49,6 +49,8 @@ public:
     virtual void ShowMessage(MessageKind kind, const QString& title, const QString& text) = 0;
     /// Asks a question; `defaultAnswer` is what a user who just presses Enter gives.
     virtual Answer AskYesNoCancel(const QString& title, const QString& text, Answer defaultAnswer) = 0;
+    /// Asks whether to go on, with OK and Cancel; gives `Answer::Ok` or `Answer::Cancel`.
+    virtual Answer AskOkCancel(const QString& title, const QString& text, Answer defaultAnswer) = 0;
 
     /// Shows that a statement waits for a lock, and keeps showing it until `ClearLockedMessage`.
     virtual void ShowLockedMessage(const IDebugLockedMessage& message) = 0;
@@ -93,6 +95,7 @@ public:
     void OpenPicklistChoiceDialog(CFilterColumns& columns, const IFormInfo* owner) override;
     void ShowMessage(MessageKind kind, const QString& title, const QString& text) override;
     Answer AskYesNoCancel(const QString& title, const QString& text, Answer defaultAnswer) override;
+    Answer AskOkCancel(const QString& title, const QString& text, Answer defaultAnswer) override;
     void ShowLockedMessage(const IDebugLockedMessage& message) override;
     void ClearLockedMessage() override;
     bool KeepWaitingForLock(std::chrono::milliseconds waited) override;

@@ -83,6 +83,12 @@ Answer HeadlessUiServices::AskYesNoCancel(const QString& title, const QString& t
     return defaultAnswer;
 }
 
+Answer HeadlessUiServices::AskOkCancel(const QString& title, const QString& text, Answer defaultAnswer)
+{
+    m_requests << QStringLiteral("question: %1: %2").arg(title, text);
+    return defaultAnswer;
+}
+
 void HeadlessUiServices::ShowLockedMessage(const IDebugLockedMessage& message)
 {
     m_requests << QStringLiteral("locked: %1: %2").arg(message.Title(), message.Message());

@@ -30,7 +30,9 @@ TEST(HeadlessUiServices, RecordsRequestsAndGivesTheCallersDefault)
     ui.ShowMessage(MessageKind::Warning, "Title", "Text");
     EXPECT_EQ(ui.AskYesNoCancel("Q", "Go on?", Answer::No), Answer::No);
     EXPECT_EQ(ui.AskYesNoCancel("Q", "Go on?", Answer::Cancel), Answer::Cancel);
-    EXPECT_EQ(ui.requests(), QStringList({"message warning: Title: Text", "question: Q: Go on?", "question: Q: Go on?"}));
+    EXPECT_EQ(ui.AskOkCancel("Q", "Drop it?", Answer::Ok), Answer::Ok);
+    EXPECT_EQ(ui.requests(),
+              QStringList({"message warning: Title: Text", "question: Q: Go on?", "question: Q: Go on?", "question: Q: Drop it?"}));
 }
 
 TEST(HeadlessUiServices, BoundsTheWaitForALock)

@@ -28,6 +28,7 @@ public:
     void OpenPicklistChoiceDialog(CFilterColumns& columns, const IFormInfo* owner) override;
     void ShowMessage(MessageKind kind, const QString& title, const QString& text) override;
     Answer AskYesNoCancel(const QString& title, const QString& text, Answer defaultAnswer) override;
+    Answer AskOkCancel(const QString& title, const QString& text, Answer defaultAnswer) override;
     void ShowLockedMessage(const IDebugLockedMessage& message) override;
     void ClearLockedMessage() override;
     bool KeepWaitingForLock(std::chrono::milliseconds waited) override;

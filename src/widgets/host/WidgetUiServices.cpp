@@ -108,6 +108,13 @@ Answer WidgetUiServices::AskYesNoCancel(const QString& title, const QString& tex
     return pressed == QMessageBox::Yes ? Answer::Yes : pressed == QMessageBox::No ? Answer::No : Answer::Cancel;
 }
 
+Answer WidgetUiServices::AskOkCancel(const QString& title, const QString& text, Answer defaultAnswer)
+{
+    const int pressed = QMessageBox::question(m_parent, title, text, QMessageBox::Ok | QMessageBox::Cancel,
+                                              defaultAnswer == Answer::Ok ? QMessageBox::Ok : QMessageBox::Cancel);
+    return pressed == QMessageBox::Ok ? Answer::Ok : Answer::Cancel;
+}
+
 void WidgetUiServices::ShowLockedMessage(const IDebugLockedMessage& message)
 {
     // A fresh window for each wait, so that a Cancel of an earlier wait does not end this one.

@@ -56,6 +56,20 @@ TEST(WidgetUiServices, AQuestionGivesTheButtonTheUserPressed)
     }
 }
 
+TEST(WidgetUiServices, AnOkCancelQuestionGivesOkOrCancelAndEnterTakesTheDefault)
+{
+    WidgetUiServices services;
+    whenModalAppears([](QWidget* modal) {
+        auto* box = qobject_cast<QMessageBox*>(modal);
+        ASSERT_NE(box, nullptr);
+        EXPECT_EQ(box->standardButtons(), QMessageBox::Ok | QMessageBox::Cancel);
+        QTest::mouseClick(box->button(QMessageBox::Ok), Qt::LeftButton);
+    });
+    EXPECT_EQ(services.AskOkCancel(QStringLiteral("T"), QStringLiteral("Q"), Answer::Cancel), Answer::Ok);
+    whenModalAppears([](QWidget* modal) { QTest::keyClick(modal, Qt::Key_Return); });
+    EXPECT_EQ(services.AskOkCancel(QStringLiteral("T"), QStringLiteral("Q"), Answer::Cancel), Answer::Cancel);
+}
+
 TEST(WidgetUiServices, EnterTakesTheDefaultAnswerAndEscapeCancels)
 {
     WidgetUiServices services;

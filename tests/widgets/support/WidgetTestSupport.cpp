@@ -45,6 +45,17 @@ void whenModalAppears(std::function<void(QWidget*)> act, const QString& name)
 Answer ScriptedUiServices::AskYesNoCancel(const QString& title, const QString& text, Answer defaultAnswer)
 {
     HeadlessUiServices::AskYesNoCancel(title, text, defaultAnswer);
+    return scriptedAnswer(text, defaultAnswer);
+}
+
+Answer ScriptedUiServices::AskOkCancel(const QString& title, const QString& text, Answer defaultAnswer)
+{
+    HeadlessUiServices::AskOkCancel(title, text, defaultAnswer);
+    return scriptedAnswer(text, defaultAnswer);
+}
+
+Answer ScriptedUiServices::scriptedAnswer(const QString& text, Answer defaultAnswer)
+{
     m_questions << text;
     return m_answers.isEmpty() ? defaultAnswer : m_answers.takeFirst();
 }

@@ -34,11 +34,13 @@ class ScriptedUiServices : public HeadlessUiServices {
 public:
     using HeadlessUiServices::HeadlessUiServices;
     Answer AskYesNoCancel(const QString& title, const QString& text, Answer defaultAnswer) override;
+    Answer AskOkCancel(const QString& title, const QString& text, Answer defaultAnswer) override;
     void queueAnswer(Answer answer) { m_answers.append(answer); }
     /// The texts of the questions asked so far.
     const QStringList& questions() const { return m_questions; }
 
 private:
+    Answer scriptedAnswer(const QString& text, Answer defaultAnswer);
     QList<Answer> m_answers;
     QStringList m_questions;
 };
