@@ -1,5 +1,6 @@
 #include "searchdata/widgets/WidgetUiServices.h"
 
+#include "config/frmConfigure.h"
 #include "host/FormPlacement.h"
 #include "host/LibraryForms.h"
 #include "host/frmLockedMessage.h"
@@ -61,7 +62,6 @@ QWidget* WidgetUiServices::dialogParent(const IFormInfo* owner) const
 }
 
 // The dialogs themselves arrive with their own windows; until then these requests change nothing.
-void WidgetUiServices::OpenConfigureDialog(CFilterColumns&, const IFormInfo*) {}
 void WidgetUiServices::OpenExamineWindow(CFilterColumns&, ISearchBaseEntry*, Recordset*, const IFormInfo*) {}
 std::shared_ptr<CFilterTerms> WidgetUiServices::OpenFilterDialog(CFilterColumns&, std::shared_ptr<CFilterTerms> terms, const IFormInfo*)
 {
@@ -69,6 +69,13 @@ std::shared_ptr<CFilterTerms> WidgetUiServices::OpenFilterDialog(CFilterColumns&
 }
 
 // A dialog may be destroyed while it runs, by the clean-up of the library's windows.
+void WidgetUiServices::OpenConfigureDialog(CFilterColumns& columns, const IFormInfo* owner)
+{
+    const QPointer<frmConfigure> form = new frmConfigure(dialogParent(owner));
+    form->Configure(columns);
+    delete form.data();
+}
+
 void WidgetUiServices::OpenPicklistDialog(CScPicklist& picklist, const IFormInfo* owner)
 {
     const QPointer<frmPicklistEdit> form = new frmPicklistEdit(dialogParent(owner));

@@ -10,7 +10,6 @@
 #include <QPointer>
 #include <QPushButton>
 #include <QTest>
-#include <QTimer>
 
 using namespace searchdata;
 using namespace searchdata::test;
