@@ -1,13 +1,14 @@
 #include "config/frmColumnEdit.h"
 
 #include "config/KeyMaskValidator.h"
+#include "host/LibraryForms.h"
 #include "searchdata/Diagnostics.h"
 #include "searchdata/Resources.h"
 #include "searchdata/UiServices.h"
 #include "searchdata/Validation.h"
 #include "ui_frmColumnEdit.h"
 
-#include <QScrollBar>
+#include <QPointer>
 
 namespace searchdata {
 
@@ -77,7 +78,7 @@ bool sameDate(const QString& text, const Value& date)
 frmColumnEdit::frmColumnEdit(QWidget* parent) : QDialog(parent), ui(std::make_unique<Ui::frmColumnEdit>())
 {
     ui->setupUi(this);
-    setProperty("searchdataForm", true);
+    RegisterLibraryForm(this);
     ui->lblName->setText(GetResourceText(7298));
     ui->lblType->setText(GetResourceText(7299));
     ui->lblSize->setText(GetResourceText(7300));
@@ -138,15 +139,17 @@ frmColumnEdit::~frmColumnEdit() = default;
 CFilterColumns::ColumnPtr frmColumnEdit::MakeNew(CFilterColumns& columns, QPoint ownerTopLeft)
 {
     SetupNew(columns, ownerTopLeft);
+    const QPointer<frmColumnEdit> alive(this); // the clean-up of the library's windows may destroy it
     exec();
-    return m_changed ? m_column : nullptr;
+    return alive && m_changed ? m_column : nullptr;
 }
 
 bool frmColumnEdit::Edit(const ColumnPtr& column, CFilterColumns& columns, QPoint ownerTopLeft)
 {
     SetupEdit(column, columns, ownerTopLeft);
+    const QPointer<frmColumnEdit> alive(this); // the clean-up of the library's windows may destroy it
     exec();
-    return m_changed;
+    return alive && m_changed;
 }
 
 void frmColumnEdit::SetupNew(CFilterColumns& columns, QPoint ownerTopLeft)

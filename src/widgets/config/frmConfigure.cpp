@@ -1,11 +1,13 @@
 #include "config/frmConfigure.h"
 
 #include "config/frmColumnEdit.h"
+#include "host/LibraryForms.h"
 #include "searchdata/CScPicklist.h"
 #include "searchdata/DatabaseHandler.h"
 #include "searchdata/Diagnostics.h"
 #include "searchdata/Resources.h"
 #include "searchdata/UiServices.h"
+#include "searchdata/widgets/CFormInfo.h"
 #include "ui_frmConfigure.h"
 
 #include <QApplication>
@@ -56,7 +58,7 @@ QString defaultText(const CFilterColumn& column)
 frmConfigure::frmConfigure(QWidget* parent) : QDialog(parent), ui(std::make_unique<Ui::frmConfigure>())
 {
     ui->setupUi(this);
-    setProperty("searchdataForm", true);
+    RegisterLibraryForm(this);
     ui->cmdApply->setText(GetResourceText(7104));
     ui->cmdNew->setText(GetResourceText(8068));
     ui->cmdDelete->setText(GetResourceText(8069));
@@ -223,8 +225,11 @@ void frmConfigure::cmdNew_Click()
 {
     if (!m_columns)
         return;
-    frmColumnEdit edit(this);
-    if (const ColumnPtr column = edit.MakeNew(*m_columns, pos())) {
+    const QPointer<frmConfigure> alive(this);
+    const QPointer<frmColumnEdit> edit = new frmColumnEdit(this);
+    const ColumnPtr column = edit->MakeNew(*m_columns, pos());
+    delete edit.data();
+    if (alive && column) {
         RefreshList(column);
         setIsDirty(true);
     }
@@ -235,8 +240,11 @@ void frmConfigure::cmdEdit_Click()
     const ColumnPtr column = selectedColumn();
     if (!column)
         return;
-    frmColumnEdit edit(this);
-    if (edit.Edit(column, *m_columns, pos())) {
+    const QPointer<frmConfigure> alive(this);
+    const QPointer<frmColumnEdit> edit = new frmColumnEdit(this);
+    const bool changed = edit->Edit(column, *m_columns, pos());
+    delete edit.data();
+    if (alive && changed) {
         RefreshList(column);
         setIsDirty(true);
     }
@@ -278,7 +286,7 @@ void frmConfigure::cmdPicklist_Click()
     if (!column)
         return;
     if (const std::shared_ptr<CScPicklist> picklist = m_columns->PicklistOf(*column))
-        picklist->Edit(nullptr);
+        picklist->Edit(MakeFormInfo(this).get());
 }
 
 void frmConfigure::cmdApply_Click()

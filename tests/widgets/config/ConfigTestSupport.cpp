@@ -171,13 +171,12 @@ void newColumnThroughTheDialogs(QWidget* configureDialog, const ColumnSpec& spec
 {
     bool filled = false;
     whenModalAppears([&](QWidget* edit) {
-        EXPECT_EQ(edit->objectName(), "frmColumnEdit");
         fillColumnEdit(edit, spec);
         click(edit, "cmdOk");
         filled = true;
         if (edit->isVisible()) // a step that failed above must not leave the test waiting
             edit->hide();
-    });
+    }, QStringLiteral("frmColumnEdit"));
     click(configureDialog, "cmdNew");
     EXPECT_TRUE(filled) << qPrintable(spec.name);
 }
