@@ -122,9 +122,8 @@ frmColumnEdit::frmColumnEdit(QWidget* parent) : QDialog(parent), ui(std::make_un
     });
     connect(ui->lstType, &QListWidget::currentRowChanged, this, &frmColumnEdit::ControlsUpdate);
     connect(ui->txtSize, &QSpinBox::valueChanged, this, &frmColumnEdit::ControlsUpdate);
-    for (QAbstractButton* box : {static_cast<QAbstractButton*>(ui->chkIsPicklist), static_cast<QAbstractButton*>(ui->chkPicklistBlank),
-                                 static_cast<QAbstractButton*>(ui->chkDisableEditTime),
-                                 static_cast<QAbstractButton*>(ui->kvooptDateDefault_0)})
+    for (QAbstractButton* box :
+         std::initializer_list<QAbstractButton*>{ui->chkIsPicklist, ui->chkPicklistBlank, ui->chkDisableEditTime, ui->kvooptDateDefault_0})
         connect(box, &QAbstractButton::toggled, this, &frmColumnEdit::ControlsUpdate);
     connect(ui->cmdOk, &QPushButton::clicked, this, &frmColumnEdit::cmdOk_Click);
     connect(ui->cmdCancel, &QPushButton::clicked, this, &frmColumnEdit::reject);
@@ -188,10 +187,7 @@ void frmColumnEdit::SetupEdit(const ColumnPtr& column, CFilterColumns& columns, 
         if (type == fcNote)
             ui->txtNoteDefault->setPlainText(column->PicklistDefault());
         // The physical name and the type of a stored column are fixed.
-        const bool open = column->IsNew();
-        for (QWidget* w : {static_cast<QWidget*>(ui->txtName), static_cast<QWidget*>(ui->lblName), static_cast<QWidget*>(ui->lstType),
-                           static_cast<QWidget*>(ui->lblType)})
-            w->setEnabled(open);
+        setNameAndTypeOpen(column->IsNew());
         setWindowTitle(GetResourceText(7296, {column->Name()}));
     }
     placeAt(ownerTopLeft);
@@ -225,10 +221,14 @@ void frmColumnEdit::clearForm()
     ui->chkPicklistBlank->setChecked(false);
     ui->chkDisableEditTime->setChecked(false);
     ui->kvooptDateDefault_0->setChecked(true);
-    for (QWidget* w : {static_cast<QWidget*>(ui->txtName), static_cast<QWidget*>(ui->lblName), static_cast<QWidget*>(ui->lstType),
-                       static_cast<QWidget*>(ui->lblType)})
-        w->setEnabled(true);
+    setNameAndTypeOpen(true);
     ValidateNameWarning(0);
+}
+
+void frmColumnEdit::setNameAndTypeOpen(bool open)
+{
+    for (QWidget* w : std::initializer_list<QWidget*>{ui->txtName, ui->lblName, ui->lstType, ui->lblType})
+        w->setEnabled(open);
 }
 
 void frmColumnEdit::placeAt(QPoint ownerTopLeft)

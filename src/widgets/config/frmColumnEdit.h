@@ -64,6 +64,7 @@ protected:
 
 private:
     void clearForm();
+    void setNameAndTypeOpen(bool open);
     void placeAt(QPoint ownerTopLeft);
     FilterColumnTypeConstants selectedType() const;
     void selectType(FilterColumnTypeConstants type);

@@ -211,7 +211,6 @@ void frmConfigure::ControlsUpdate()
 {
     const ColumnPtr column = selectedColumn();
     const int position = column ? ui->lvwSearch->indexOfTopLevelItem(ui->lvwSearch->currentItem()) + 1 : 0;
-    ui->cmdNew->setEnabled(true);
     ui->cmdDelete->setEnabled(column != nullptr);
     ui->cmdEdit->setEnabled(column != nullptr);
     ui->cmdApply->setEnabled(m_isDirty);
@@ -223,26 +222,22 @@ void frmConfigure::ControlsUpdate()
 
 void frmConfigure::cmdNew_Click()
 {
-    if (!m_columns)
-        return;
-    const QPointer<frmConfigure> alive(this);
-    const QPointer<frmColumnEdit> edit = new frmColumnEdit(this);
-    const ColumnPtr column = edit->MakeNew(*m_columns, pos());
-    delete edit.data();
-    if (alive && column) {
-        RefreshList(column);
-        setIsDirty(true);
-    }
+    if (m_columns)
+        runColumnEdit(nullptr);
 }
 
 void frmConfigure::cmdEdit_Click()
 {
-    const ColumnPtr column = selectedColumn();
-    if (!column)
-        return;
+    if (const ColumnPtr column = selectedColumn())
+        runColumnEdit(column);
+}
+
+void frmConfigure::runColumnEdit(ColumnPtr column)
+{
+    // The clean-up of the library's windows may destroy either dialog while the edit runs.
     const QPointer<frmConfigure> alive(this);
     const QPointer<frmColumnEdit> edit = new frmColumnEdit(this);
-    const bool changed = edit->Edit(column, *m_columns, pos());
+    const bool changed = column ? edit->Edit(column, *m_columns, pos()) : (column = edit->MakeNew(*m_columns, pos())) != nullptr;
     delete edit.data();
     if (alive && changed) {
         RefreshList(column);
@@ -325,7 +320,6 @@ void frmConfigure::SaveChanges(IProgress& progress)
     // A failed save reports itself and changes nothing; the list then shows what is stored.
     m_columns->ColumnsSave(&progress);
     SetupFields();
-    setIsDirty(false);
 }
 
 void frmConfigure::cmdCancel_Click()

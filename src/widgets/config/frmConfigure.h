@@ -63,6 +63,8 @@ private:
     void UpdateSearchCriteriaProperty(int position, const CFilterColumn& column, QTreeWidgetItem& row);
     void resetColumnWidths();
 
+    /// Edits `column`, or makes a new one without; shows it in the list when the dialog took it.
+    void runColumnEdit(ColumnPtr column);
     void cmdNew_Click();
     void cmdEdit_Click();
     void cmdDelete_Click();
