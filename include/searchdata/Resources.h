@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QList>
+#include <QLocale>
 #include <QString>
 #include <QStringList>
 
@@ -16,6 +17,11 @@ QString GetResourceText(int number, const QStringList& args = {});
 QByteArray GetResourcePicture(int number);
 
 /// The table of texts in force. The English table is compiled in; another language replaces it.
+///
+/// At the first use of a text (once the application object exists) the table of the process
+/// locale's language is looked for, unless the host chose a table before: `<lang>_<TERRITORY>.tsv`,
+/// then `<lang>.tsv` (`de_CH.tsv`, `de.tsv`), in the folder the host named, then in each folder of
+/// `QStandardPaths::AppDataLocation`, then beside the program. The first file found is taken.
 class ResourceTable {
 public:
     /// Replaces the table by a file of lines "number<TAB>text" (UTF-8). False, and the table
@@ -23,6 +29,14 @@ public:
     static bool load(const QString& path);
     /// Back to the compiled-in English table.
     static void reset();
+    /// Looks for the table of `locale`'s language and loads the first one found. False, and the
+    /// table unchanged, when there is none or it cannot be taken.
+    static bool loadForLocale(const QLocale& locale = QLocale());
+    /// Makes `folder` the first place to look for tables (empty: none of the host's own), and looks
+    /// again for the process locale's table there and in the other places.
+    static bool setTranslationFolder(const QString& folder);
+    /// The folders looked in, in order.
+    static QStringList translationFolders();
     static bool contains(int number);
     static QList<int> numbers();
 };

@@ -4,12 +4,17 @@
 
 #include "platform/Guard_p.h"
 
+#include <QCoreApplication>
 #include <QDateTime>
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QHash>
 #include <QReadWriteLock>
+#include <QStandardPaths>
 #include <QStringDecoder>
 #include <algorithm>
+#include <atomic>
 #include <optional>
 
 // The texts and pictures come from resources/searchdata.qrc. Inside a static library nothing else
@@ -122,6 +127,9 @@ const TextTable& englishTable()
 struct TableState {
     QReadWriteLock lock;
     std::optional<TextTable> replacement;
+    QString hostFolder;
+    // Set once a table was chosen, by the host or by the look-up at the first use of a text.
+    std::atomic<bool> chosen = false;
 };
 
 TableState& state()
@@ -130,10 +138,22 @@ TableState& state()
     return s;
 }
 
+/// The look-up of the locale's table, at the first use of a text. The folders depend on the
+/// application object, so without one the look-up waits for a later use.
+void chooseTableOnFirstUse()
+{
+    TableState& s = state();
+    if (s.chosen.load(std::memory_order_acquire) || !QCoreApplication::instance())
+        return;
+    if (!s.chosen.exchange(true))
+        ResourceTable::loadForLocale();
+}
+
 /// Calls `use` with the table in force while the table cannot change.
 template <typename Use>
 auto withTable(Use&& use)
 {
+    chooseTableOnFirstUse();
     TableState& s = state();
     const QReadLocker locker(&s.lock);
     return use(s.replacement ? *s.replacement : englishTable());
@@ -212,6 +232,7 @@ QByteArray GetResourcePicture(int number)
 bool ResourceTable::load(const QString& path)
 {
     SD_PROC("ResourceTable::load");
+    state().chosen = true;
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
         reportProblem(0, QStringLiteral("Cannot read the texts of %1: %2").arg(path, file.errorString()),
@@ -234,8 +255,55 @@ bool ResourceTable::load(const QString& path)
 void ResourceTable::reset()
 {
     TableState& s = state();
+    s.chosen = true;
     const QWriteLocker locker(&s.lock);
     s.replacement.reset();
+}
+
+bool ResourceTable::loadForLocale(const QLocale& locale)
+{
+    SD_PROC("ResourceTable::loadForLocale");
+    state().chosen = true;
+    if (locale.language() == QLocale::C)
+        return false;
+    const QString name = locale.name();
+    const QStringList files{name + QStringLiteral(".tsv"), name.section(u'_', 0, 0) + QStringLiteral(".tsv")};
+    for (const QString& folder : translationFolders()) {
+        for (const QString& file : files) {
+            const QString path = QDir(folder).filePath(file);
+            if (QFileInfo(path).isFile())
+                return load(path);
+        }
+    }
+    return false;
+}
+
+bool ResourceTable::setTranslationFolder(const QString& folder)
+{
+    {
+        TableState& s = state();
+        const QWriteLocker locker(&s.lock);
+        s.hostFolder = folder;
+    }
+    return loadForLocale();
+}
+
+QStringList ResourceTable::translationFolders()
+{
+    QStringList folders;
+    {
+        TableState& s = state();
+        const QReadLocker locker(&s.lock);
+        if (!s.hostFolder.isEmpty())
+            folders << s.hostFolder;
+    }
+    // The user's own data folder comes before the system's and the program's, so that a user can
+    // bring a table without writing where the program is installed.
+    folders << QStandardPaths::standardLocations(QStandardPaths::AppDataLocation);
+    if (QCoreApplication::instance())
+        folders << QCoreApplication::applicationDirPath();
+    folders.removeDuplicates();
+    return folders;
 }
 
 bool ResourceTable::contains(int number)

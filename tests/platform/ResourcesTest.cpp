@@ -3,12 +3,14 @@
 
 #include <QDirIterator>
 #include <QFile>
+#include <QProcess>
 #include <QRegularExpression>
 #include <QSet>
 #include <QTemporaryDir>
 #include <QtEndian>
 #include <atomic>
 #include <gtest/gtest.h>
+#include <vector>
 #include <thread>
 
 using namespace searchdata;
@@ -209,6 +211,77 @@ TEST_F(ResourcesTest, RejectedFileLeavesTheTableAsItWas)
 
     EXPECT_FALSE(ResourceTable::load(dir.filePath(QStringLiteral("missing.tsv"))));
     EXPECT_EQ(GetResourceText(10), QStringLiteral("kept"));
+}
+
+TEST_F(ResourcesTest, AProgramStartsWithTheTableOfItsLocalesLanguage)
+{
+    enum Where { Host, UserData, SystemData, Program };
+    enum HostChoice { NoChoice, HostFolder, LoadByHand };
+    struct File {
+        Where where;
+        const char* name;
+        QByteArray text;
+    };
+    struct Case {
+        const char* why;
+        const char* locale;
+        std::vector<File> files;
+        HostChoice host;
+        QString expected;
+    };
+    const QString english = GetResourceText(8066);
+    const Case cases[] = {
+        {"the language's table in the user's data folder", "de_CH.UTF-8", {{UserData, "de.tsv", "Gut"}}, NoChoice, "Gut"},
+        {"the territory's table before the language's", "de_CH.UTF-8",
+         {{UserData, "de.tsv", "Gut"}, {UserData, "de_CH.tsv", "Guet"}}, NoChoice, "Guet"},
+        {"the user's data folder first", "de_DE.UTF-8",
+         {{Program, "de.tsv", "Programm"}, {SystemData, "de.tsv", "System"}, {UserData, "de.tsv", "Benutzer"}}, NoChoice,
+         "Benutzer"},
+        {"the system's data folder before the program's", "de_DE.UTF-8",
+         {{Program, "de.tsv", "Programm"}, {SystemData, "de.tsv", "System"}}, NoChoice, "System"},
+        {"beside the program", "de_DE.UTF-8", {{Program, "de_DE.tsv", "Programm"}}, NoChoice, "Programm"},
+        {"the host's folder before all", "de_DE.UTF-8", {{Host, "de.tsv", "Wirt"}, {UserData, "de.tsv", "Benutzer"}},
+         HostFolder, "Wirt"},
+        {"a table the host loads before the first text", "de_DE.UTF-8",
+         {{Host, "mine.tsv", "Eigen"}, {UserData, "de.tsv", "Benutzer"}}, LoadByHand, "Eigen"},
+        {"no table of another language", "fr_FR.UTF-8", {{UserData, "de.tsv", "Gut"}}, NoChoice, english},
+        {"a malformed table keeps English", "de_DE.UTF-8", {{UserData, "de.tsv", "Gut\tnot a line"}}, NoChoice, english},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.why);
+        QTemporaryDir root;
+        ASSERT_TRUE(root.isValid());
+        const QString program = root.filePath(QStringLiteral("bin/resources_child"));
+        const QString folders[] = {root.filePath(QStringLiteral("host")), root.filePath(QStringLiteral("home/resources_child")),
+                                   root.filePath(QStringLiteral("data/resources_child")), root.filePath(QStringLiteral("bin"))};
+        for (const QString& folder : folders)
+            ASSERT_TRUE(QDir().mkpath(folder));
+        // A copy, so that the folder beside the program is one of the test's own.
+        ASSERT_TRUE(QFile::copy(QStringLiteral(SEARCHDATA_RESOURCES_CHILD), program));
+        for (const File& file : c.files) {
+            QFile out{QDir(folders[file.where]).filePath(QLatin1String(file.name))};
+            ASSERT_TRUE(out.open(QIODevice::WriteOnly));
+            out.write("8066\t" + file.text + "\n");
+        }
+
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        for (const char* name : {"LANG", "LANGUAGE", "LC_MESSAGES"})
+            env.remove(QLatin1String(name));
+        env.insert(QStringLiteral("LC_ALL"), QLatin1String(c.locale));
+        env.insert(QStringLiteral("XDG_DATA_HOME"), root.filePath(QStringLiteral("home")));
+        env.insert(QStringLiteral("XDG_DATA_DIRS"), root.filePath(QStringLiteral("data")));
+        QStringList args;
+        if (c.host == HostFolder)
+            args << QStringLiteral("--folder") << folders[Host];
+        if (c.host == LoadByHand)
+            args << QStringLiteral("--load") << QDir(folders[Host]).filePath(QStringLiteral("mine.tsv"));
+        QProcess child;
+        child.setProcessEnvironment(env);
+        child.start(program, args << QStringLiteral("8066"));
+        ASSERT_TRUE(child.waitForFinished(60000));
+        EXPECT_EQ(child.exitCode(), 0) << child.readAllStandardError().toStdString();
+        EXPECT_EQ(child.readAllStandardOutput().toStdString(), c.expected.toStdString());
+    }
 }
 
 TEST_F(ResourcesTest, PicturesArePngImagesOfTheirSize)

@@ -1,5 +1,6 @@
 #include "host/frmLockedMessage.h"
 
+#include "host/LanguageAdaptation.h"
 #include "searchdata/LockedMessage.h"
 #include "searchdata/Resources.h"
 
@@ -49,6 +50,7 @@ frmLockedMessage::frmLockedMessage(const IDebugLockedMessage& message, QWidget* 
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(top);
     layout->addLayout(buttons);
+    FormToJapanese(this);
     // Wide enough that a message of a sentence or two wraps into a few lines, not a column.
     m_message->setMinimumWidth(m_message->fontMetrics().averageCharWidth() * 45);
     adjustSize();

@@ -1,6 +1,7 @@
 #include "picklist/frmPicklistEdit.h"
 
 #include "host/FormPlacement.h"
+#include "host/LanguageAdaptation.h"
 #include "host/LibraryForms.h"
 #include "picklist/frmPicklistKept.h"
 #include "searchdata/CFilterColumn.h"
@@ -114,6 +115,7 @@ frmPicklistEdit::frmPicklistEdit(QWidget* parent) : QDialog(parent)
     layout->addWidget(lblPrompt);
     layout->addWidget(fraOld, 1);
     layout->addLayout(bottom);
+    FormToJapanese(this);
     lblPrompt->setMinimumWidth(lblPrompt->fontMetrics().averageCharWidth() * 60);
 
     RegisterLibraryForm(this);

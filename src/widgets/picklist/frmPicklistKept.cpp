@@ -1,6 +1,7 @@
 #include "picklist/frmPicklistKept.h"
 
 #include "host/FormPlacement.h"
+#include "host/LanguageAdaptation.h"
 #include "host/LibraryForms.h"
 #include "searchdata/Resources.h"
 #include "searchdata/widgets/CFormInfo.h"
@@ -45,6 +46,7 @@ frmPicklistKept::frmPicklistKept(QWidget* parent) : QDialog(parent)
     layout->addWidget(lblPrompt);
     layout->addWidget(lstKept, 1);
     layout->addLayout(buttons);
+    FormToJapanese(this);
     lblPrompt->setMinimumWidth(lblPrompt->fontMetrics().averageCharWidth() * 50);
 
     RegisterLibraryForm(this);

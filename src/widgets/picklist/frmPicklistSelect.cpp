@@ -1,6 +1,7 @@
 #include "picklist/frmPicklistSelect.h"
 
 #include "host/FormPlacement.h"
+#include "host/LanguageAdaptation.h"
 #include "host/LibraryForms.h"
 #include "searchdata/CFilterColumn.h"
 #include "searchdata/CFilterColumns.h"
@@ -46,6 +47,7 @@ frmPicklistSelect::frmPicklistSelect(QWidget* parent) : QDialog(parent)
     layout->addLayout(body, 1);
 
     RegisterLibraryForm(this);
+    FormToJapanese(this);
 }
 
 void frmPicklistSelect::Prepare(CFilterColumns& columns, const IFormInfo* oFI)
