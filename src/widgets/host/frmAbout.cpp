@@ -11,6 +11,7 @@
 
 #include <QFrame>
 #include <QHBoxLayout>
+#include <QImage>
 #include <QLabel>
 #include <QLibraryInfo>
 #include <QPixmap>
