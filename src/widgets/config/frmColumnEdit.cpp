@@ -1,6 +1,7 @@
 #include "config/frmColumnEdit.h"
 
 #include "config/KeyMaskValidator.h"
+#include "host/LanguageAdaptation.h"
 #include "host/LibraryForms.h"
 #include "searchdata/Diagnostics.h"
 #include "searchdata/Resources.h"
@@ -79,6 +80,7 @@ frmColumnEdit::frmColumnEdit(QWidget* parent) : QDialog(parent), ui(std::make_un
 {
     ui->setupUi(this);
     RegisterLibraryForm(this);
+    FormToJapanese(this);
     ui->lblName->setText(GetResourceText(7298));
     ui->lblType->setText(GetResourceText(7299));
     ui->lblSize->setText(GetResourceText(7300));

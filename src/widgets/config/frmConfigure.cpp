@@ -1,6 +1,7 @@
 #include "config/frmConfigure.h"
 
 #include "config/frmColumnEdit.h"
+#include "host/LanguageAdaptation.h"
 #include "host/LibraryForms.h"
 #include "searchdata/CScPicklist.h"
 #include "searchdata/DatabaseHandler.h"
@@ -59,6 +60,7 @@ frmConfigure::frmConfigure(QWidget* parent) : QDialog(parent), ui(std::make_uniq
 {
     ui->setupUi(this);
     RegisterLibraryForm(this);
+    FormToJapanese(this);
     ui->cmdApply->setText(GetResourceText(7104));
     ui->cmdNew->setText(GetResourceText(8068));
     ui->cmdDelete->setText(GetResourceText(8069));

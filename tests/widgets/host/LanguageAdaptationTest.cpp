@@ -1,5 +1,7 @@
 // Fonts with Japanese glyphs on the library's forms, as the language services ask.
 
+#include "config/frmColumnEdit.h"
+#include "config/frmConfigure.h"
 #include "host/LanguageAdaptation.h"
 #include "host/frmAbout.h"
 #include "host/frmLockedMessage.h"
@@ -76,6 +78,8 @@ TEST_F(JapaneseFont, EveryControlOfTheLibrarysFormsTakesTheFamilyOnlyWhenAdaptat
     };
     const std::pair<const char*, std::function<std::unique_ptr<QWidget>()>> forms[] = {
         {"frmAbout", [] { return std::make_unique<frmAbout>(); }},
+        {"frmColumnEdit", [] { return std::make_unique<frmColumnEdit>(); }},
+        {"frmConfigure", [] { return std::make_unique<frmConfigure>(); }},
         {"frmLockedMessage", [] { return std::make_unique<frmLockedMessage>(MakeLockedMessage({}, {})); }},
         {"frmPicklistEdit", [] { return std::make_unique<frmPicklistEdit>(); }},
         {"frmPicklistKept", [] { return std::make_unique<frmPicklistKept>(); }},
