@@ -2,6 +2,7 @@
 
 #include <QDateTime>
 #include <QString>
+#include <optional>
 
 class QSqlError;
 
@@ -26,6 +27,10 @@ public:
     QString BracketName(const QString& name) const;
     /// `table.column`, both quoted.
     QString QualifiedName(const QString& table, const QString& column) const;
+    /// The name that `BracketName` quoted at the start of `text` (the first name of a
+    /// `QualifiedName`), unquoted; nothing when `text` does not begin with this database's quote.
+    /// Without its closing quote the name runs to the end of the text.
+    std::optional<QString> LeadingName(const QString& text) const;
     /// A text literal with its inner quotes doubled.
     QString SqlQuote(const QString& text) const;
     /// A date-time literal.

@@ -16,6 +16,10 @@ public:
     virtual QString SearchSelectionCriteria() const { return {}; }
     /// Caption of the table for progress texts.
     virtual QString Caption() const { return TableName(); }
+    /// Caption of the filter dialog; blank for the library's own.
+    virtual QString EditFilterCaption() const { return {}; }
+    /// Caption of the filter's help window; blank for the library's own.
+    virtual QString EditFilterHelpCaption() const { return {}; }
     /// Help text for filtering on one of the table's own fields.
     virtual QString EditFilterColumnHelpText(const QString& fieldName) const { Q_UNUSED(fieldName); return {}; }
 };

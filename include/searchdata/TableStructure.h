@@ -22,6 +22,13 @@ struct StructureColumn {
     bool nullable = true;
     bool hasDefault = false;
     QString defaultText;     ///< SQL literal or expression as written: "'abc'", "0", "NULL"
+    /// For a field of a host's base table: whether users may filter on it. A field of a type that
+    /// no comparison suits cannot be filtered whatever this says.
+    bool usable = true;
+    /// For a field of a host's base table: the name users see in the filter; blank shows `name`.
+    QString displayName = {};
+
+    QString displayNameOrName() const { return displayName.isEmpty() ? name : displayName; }
 };
 
 /// One index as a structure wants it.
@@ -76,6 +83,9 @@ public:
     /// unknown type code.
     [[nodiscard]] bool AddColumn(const QString& name, int adoType, int size = 0, int scale = 0, bool nullable = true,
                                  bool hasDefault = false, const QString& defaultText = {});
+    /// Marks how users may filter on the column `name` of a host's base table: whether at all, and
+    /// under which name (blank for its own). Fails when the structure has no such column.
+    [[nodiscard]] bool MarkFilterField(const QString& name, bool usable, const QString& displayName = {});
     /// Adds an index over columns of this structure.
     [[nodiscard]] bool AddIndex(const QString& name, const QStringList& columns, bool unique = false);
     /// Adds the primary key; a structure has at most one.

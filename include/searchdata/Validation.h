@@ -23,8 +23,9 @@ bool ValidNumber(const QString& text, bool required = false);
 
 /// How a search column compares in a filter; no column is `kvoCC_Unknown`.
 FilterComparisonClasses ComparisonClassFromColumn(const CFilterColumn* column);
-/// How a field of a base table compares, by its type code; no field is `kvoCC_Unknown`. Integers of
-/// every width count as numbers, so that a host's 64-bit keys and counters can be filtered.
+/// How a field of a base table compares, by its type code; no field, or one that the host did not
+/// mark usable, is `kvoCC_Unknown`. Integers of every width count as numbers, so that a host's 64-bit
+/// keys and counters can be filtered.
 FilterComparisonClasses ComparisonClassFromColumn(const StructureColumn* field);
 FilterComparisonClasses ComparisonClassFromColumn(const CatalogColumn* field);
 /// The comparison class of a base-table field of type code `adoType`.

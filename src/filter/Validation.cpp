@@ -110,7 +110,7 @@ FilterComparisonClasses ComparisonClassOfFieldType(int adoType)
 
 FilterComparisonClasses ComparisonClassFromColumn(const StructureColumn* field)
 {
-    return field ? ComparisonClassOfFieldType(field->type) : kvoCC_Unknown;
+    return field && field->usable ? ComparisonClassOfFieldType(field->type) : kvoCC_Unknown;
 }
 
 FilterComparisonClasses ComparisonClassFromColumn(const CatalogColumn* field)

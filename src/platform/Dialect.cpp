@@ -35,6 +35,26 @@ QString Dialect::QualifiedName(const QString& table, const QString& column) cons
     return BracketName(table) + QLatin1Char('.') + BracketName(column);
 }
 
+std::optional<QString> Dialect::LeadingName(const QString& text) const
+{
+    if (m_kind != dbkPostgreSQL && text.startsWith(QLatin1Char('['))) {
+        const qsizetype close = text.indexOf(QLatin1Char(']'), 1);
+        return text.mid(1, close < 0 ? -1 : close - 1);
+    }
+    if (!text.startsWith(QLatin1Char('"')))
+        return std::nullopt;
+    QString name;
+    for (qsizetype i = 1; i < text.size(); ++i) {
+        if (text[i] == QLatin1Char('"')) {
+            if (i + 1 >= text.size() || text[i + 1] != QLatin1Char('"'))
+                break;
+            ++i; // a doubled quote stands for one
+        }
+        name += text[i];
+    }
+    return name;
+}
+
 QString Dialect::SqlQuote(const QString& text) const
 {
     QString inner = text;

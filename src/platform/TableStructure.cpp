@@ -4,6 +4,8 @@
 
 #include "platform/Guard_p.h"
 
+#include <algorithm>
+
 namespace searchdata {
 
 using detail::findNamed;
@@ -96,6 +98,19 @@ bool TableStructure::AddColumn(const QString& name, int adoType, int size, int s
         if (size < 0 || scale < 0)
             detail::fail(QStringLiteral("column %1 of %2 has a negative size").arg(name, m_name));
         m_columns.append(StructureColumn{name, adoType, size, scale, nullable, hasDefault, defaultText});
+    }));
+}
+
+bool TableStructure::MarkFilterField(const QString& name, bool usable, const QString& displayName)
+{
+    SD_PROC("MarkFilterField");
+    return SD_GUARDED(([&] {
+        const auto found = std::find_if(m_columns.begin(), m_columns.end(),
+                                        [&](const StructureColumn& c) { return c.name.compare(name, Qt::CaseInsensitive) == 0; });
+        if (found == m_columns.end())
+            detail::fail(QStringLiteral("%1 has no column %2 to mark").arg(m_name, name));
+        found->usable = usable;
+        found->displayName = displayName;
     }));
 }
 

@@ -48,6 +48,23 @@ TEST(FilterComparisonClass, OfBaseFieldsByTypeCodeWithEveryIntegerWidth)
     EXPECT_EQ(ComparisonClassFromColumn(static_cast<const StructureColumn*>(nullptr)), kvoCC_Unknown);
 }
 
+TEST(FilterComparisonClass, OfBaseFieldsOnlyWhenTheHostLeavesThemUsable)
+{
+    TableStructure s("Parts");
+    ASSERT_TRUE(s.AddColumn("Name", adVarWChar, 40));
+    ASSERT_TRUE(s.AddColumn("Cost", adDouble));
+    ASSERT_TRUE(s.MarkFilterField("cost", false));
+    ASSERT_TRUE(s.MarkFilterField("Name", true, "Part name"));
+    EXPECT_FALSE(s.MarkFilterField("Missing", true));
+
+    const auto name = s.ColumnNamed("Name");
+    const auto cost = s.ColumnNamed("Cost");
+    EXPECT_EQ(ComparisonClassFromColumn(&*name), kvoCC_Text);
+    EXPECT_EQ(ComparisonClassFromColumn(&*cost), kvoCC_Unknown);
+    EXPECT_EQ(name->displayNameOrName(), "Part name");
+    EXPECT_EQ(cost->displayNameOrName(), "Cost") << "the field's own name unless the host gives one";
+}
+
 // A text box and a combo box whose selection the test sets.
 class SelectingTextBox : public FakeTextBox {
 public:

@@ -27,6 +27,17 @@ TEST(Dialect, QuotesNamesAndTextsPerDatabase)
     }
 }
 
+TEST(Dialect, ReadsBackTheFirstNameOfAQualifiedName)
+{
+    for (const Dialect* d : {&sqlite(), &postgres()})
+        for (const QString name : {"Size", "a]b", "say \"hi\"", "with.dot", ""})
+            EXPECT_EQ(d->LeadingName(d->QualifiedName(name, "Files")), name) << d->kind() << ": " << qPrintable(name);
+    EXPECT_EQ(sqlite().LeadingName("[Size"), "Size") << "an unclosed bracket runs to the end";
+    EXPECT_EQ(postgres().LeadingName("[Size].[Files]"), std::nullopt) << "brackets are no quotes on PostgreSQL";
+    EXPECT_EQ(sqlite().LeadingName("Size"), std::nullopt);
+    EXPECT_EQ(postgres().LeadingName("Size"), std::nullopt);
+}
+
 TEST(Dialect, WritesDatesBooleansAndNumbersIndependentlyOfLocale)
 {
     const QDateTime when(QDate(2003, 7, 4), QTime(13, 5, 9));

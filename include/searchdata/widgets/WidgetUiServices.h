@@ -37,6 +37,7 @@ public:
     QSizeF UsableScreenSize() const override;
     float DialogOffset() const override;
     void NotImplementedNotice() override;
+    QString ClipboardText() const override;
     void ObjectCreated(const QString& typeName, const void* object) override;
     void ObjectDestroyed(const QString& typeName, const void* object) override;
     void RegisterCleanup() override;

@@ -1,17 +1,20 @@
 #include "searchdata/widgets/WidgetUiServices.h"
 
 #include "config/frmConfigure.h"
+#include "filter/frmFilter.h"
 #include "host/FormPlacement.h"
 #include "host/LibraryForms.h"
 #include "host/frmLockedMessage.h"
 #include "picklist/frmPicklistEdit.h"
 #include "picklist/frmPicklistSelect.h"
+#include "searchdata/CFilterColumns.h"
 #include "searchdata/Resources.h"
 #include "searchdata/widgets/CCleanupFormManager.h"
 #include "searchdata/widgets/CFormInfo.h"
 #include "searchdata/widgets/ObjectMonitor.h"
 
 #include <QApplication>
+#include <QClipboard>
 #include <QMessageBox>
 #include <QProgressDialog>
 #include <QScreen>
@@ -63,9 +66,10 @@ QWidget* WidgetUiServices::dialogParent(const IFormInfo* owner) const
 
 // The dialogs themselves arrive with their own windows; until then these requests change nothing.
 void WidgetUiServices::OpenExamineWindow(CFilterColumns&, ISearchBaseEntry*, Recordset*, const IFormInfo*) {}
-std::shared_ptr<CFilterTerms> WidgetUiServices::OpenFilterDialog(CFilterColumns&, std::shared_ptr<CFilterTerms> terms, const IFormInfo*)
+std::shared_ptr<CFilterTerms> WidgetUiServices::OpenFilterDialog(CFilterColumns& columns, std::shared_ptr<CFilterTerms> terms, const IFormInfo*)
 {
-    return terms;
+    frmFilter dialog(m_parent);
+    return dialog.Filter(columns.shared_from_this(), std::move(terms));
 }
 
 // A dialog may be destroyed while it runs, by the clean-up of the library's windows.
@@ -189,6 +193,12 @@ void WidgetUiServices::RegisterCleanup()
         m_cleanupService(manager);
     else
         manager.cleanUpWhenQuitting();
+}
+
+QString WidgetUiServices::ClipboardText() const
+{
+    const QClipboard* clipboard = QGuiApplication::clipboard();
+    return clipboard ? clipboard->text() : QString();
 }
 
 } // namespace searchdata
