@@ -77,16 +77,22 @@ QString controlName(const char* name, int i)
     return QLatin1String(name) + QLatin1Char('_') + QString::number(i);
 }
 
+/// Gives a control its background and text colours. Where the palette it inherits already has them,
+/// the control goes back to that palette rather than a copy of its own: controls that share one
+/// palette share the style's cached drawings too, which opens the forty controls of the rows several
+/// times faster. A closed list paints its face as the style's button; its field is the Base role.
 void setColours(QWidget* control, const QColor& background, const QColor& text)
 {
-    QPalette palette = control->palette();
+    const QPalette::ColorGroup group = control->isEnabled() ? QPalette::Active : QPalette::Disabled;
+    const QPalette inherited = control->parentWidget() ? control->parentWidget()->palette() : QApplication::palette(control);
+    if (inherited.color(group, QPalette::Base) == background && inherited.color(QPalette::Active, QPalette::Text) == text) {
+        if (control->testAttribute(Qt::WA_SetPalette))
+            control->setPalette(QPalette());
+        return;
+    }
+    QPalette palette = inherited;
     palette.setColor(QPalette::Base, background);
     palette.setColor(QPalette::Text, text);
-    // A list that cannot be typed into paints itself as a button.
-    if (qobject_cast<QComboBox*>(control)) {
-        palette.setColor(QPalette::Button, background);
-        palette.setColor(QPalette::ButtonText, text);
-    }
     control->setPalette(palette);
 }
 
@@ -146,6 +152,9 @@ frmFilter::frmFilter(QWidget* parent) : QDialog(parent)
     cmdHelp = button("cmdHelp", &frmFilter::ShowHelp);
     cmdOK->setDefault(true);
 
+    m_fieldList = new QStandardItemModel(this);
+    m_closedList = new QStandardItemModel(this);
+
     menuBar = new QMenuBar(this);
     menuBar->setObjectName(QStringLiteral("menuBar"));
     mnuHelp = menuBar->addMenu(QString());
@@ -168,8 +177,8 @@ std::shared_ptr<CFilterTerms> frmFilter::Filter(std::shared_ptr<CFilterColumns> 
     SD_PROC("Filter");
     std::shared_ptr<CFilterTerms> result;
     SD_GUARDED([&] {
-        Prepare(std::move(columns), std::move(terms));
-        exec();
+        if (Prepare(std::move(columns), std::move(terms)))
+            exec();
         result = m_result;
     });
     m_columns.reset();
@@ -177,10 +186,10 @@ std::shared_ptr<CFilterTerms> frmFilter::Filter(std::shared_ptr<CFilterColumns> 
     return result;
 }
 
-void frmFilter::Prepare(std::shared_ptr<CFilterColumns> columns, std::shared_ptr<CFilterTerms> terms)
+bool frmFilter::Prepare(std::shared_ptr<CFilterColumns> columns, std::shared_ptr<CFilterTerms> terms)
 {
     SD_PROC("Prepare");
-    SD_GUARDED([&] {
+    return SD_GUARDED([&] {
         m_columns = std::move(columns);
         m_terms = std::move(terms);
         m_result.reset();
@@ -287,6 +296,9 @@ void frmFilter::InitMyField(int i, int m)
     }
     if (i > 0)
         combo->setGeometry(imgcboFields[i - 1]->geometry().translated(0, 3 * m));
+    // A new list is empty already; one of an earlier display is closed.
+    if (combo->model() == m_fieldList)
+        combo->setModel(m_closedList);
     combo->show();
     EnableControl(combo, false);
 }
@@ -379,34 +391,33 @@ QList<StructureColumn> frmFilter::BaseFields(const CFilterColumns& columns)
     return fields;
 }
 
-void frmFilter::makeFieldEntries()
+void frmFilter::makeFieldList()
 {
-    m_fieldEntries.clear();
-    for (const auto& column : *m_columns)
-        m_fieldEntries.append({column->Name(), column->CaptionOrName(), false,
-                               QVariant::fromValue(FilterFieldTag{std::weak_ptr<const CFilterColumn>(column), std::nullopt})});
+    QList<QStandardItem*> items;
+    auto* none = new QStandardItem(GetResourceText(kNoField));
+    none->setData(noneKey(), KeyRole);
+    items.append(none);
+    for (const auto& column : *m_columns) {
+        auto* item = new QStandardItem(m_searchColumnImage, column->CaptionOrName());
+        item->setData(column->Name(), KeyRole);
+        item->setData(QVariant::fromValue(FilterFieldTag{std::weak_ptr<const CFilterColumn>(column), std::nullopt}), TagRole);
+        items.append(item);
+    }
     const QString base = m_columns->BaseTableName();
-    for (const StructureColumn& field : BaseFields(*m_columns))
-        m_fieldEntries.append({dialect().QualifiedName(field.name, base), field.displayNameOrName(), true,
-                               QVariant::fromValue(FilterFieldTag{{}, field})});
+    for (const StructureColumn& field : BaseFields(*m_columns)) {
+        auto* item = new QStandardItem(m_baseFieldImage, field.displayNameOrName());
+        item->setData(dialect().QualifiedName(field.name, base), KeyRole);
+        item->setData(QVariant::fromValue(FilterFieldTag{{}, field}), TagRole);
+        items.append(item);
+    }
+    m_fieldList->clear();
+    m_fieldList->invisibleRootItem()->appendRows(items);
 }
 
 void frmFilter::LoadColumns(QComboBox* combo)
 {
-    combo->clear();
-    QList<QStandardItem*> items;
-    items.reserve(m_fieldEntries.size() + 1);
-    auto* none = new QStandardItem(GetResourceText(kNoField));
-    none->setData(noneKey(), KeyRole);
-    items.append(none);
-    for (const FieldEntry& entry : m_fieldEntries) {
-        auto* item = new QStandardItem(entry.baseField ? m_baseFieldImage : m_searchColumnImage, entry.text);
-        item->setData(entry.key, KeyRole);
-        item->setData(entry.tag, TagRole);
-        items.append(item);
-    }
-    // One insertion for the whole list: a combo box redoes its bookkeeping per insertion.
-    static_cast<QStandardItemModel*>(combo->model())->invisibleRootItem()->appendRows(items);
+    // Every open row shows the same entries; each keeps its own choice.
+    combo->setModel(m_fieldList);
     combo->setCurrentIndex(0);
     EnableControl(combo, true);
 }
@@ -444,7 +455,7 @@ void frmFilter::ClearRowsFrom(int i)
         if (k > i) {
             cboConjunction[k]->clear();
             EnableControl(cboConjunction[k], false);
-            imgcboFields[k]->clear();
+            imgcboFields[k]->setModel(m_closedList);
             EnableControl(imgcboFields[k], false);
         }
         cboComparison[k]->clear();
@@ -461,7 +472,7 @@ void frmFilter::Setup()
     const auto& host = m_columns->BaseTableObject();
     const QString caption = host ? host->EditFilterCaption() : QString();
     setWindowTitle(caption.isEmpty() ? GetResourceText(kCaption) : caption);
-    makeFieldEntries();
+    makeFieldList();
     LoadColumns(imgcboFields[0]);
     if (!m_terms)
         return;

@@ -18,6 +18,7 @@ class QLineEdit;
 class QMenu;
 class QMenuBar;
 class QPushButton;
+class QStandardItemModel;
 
 namespace searchdata {
 
@@ -56,8 +57,9 @@ public:
     /// user accepted, possibly without terms; null after Cancel.
     std::shared_ptr<CFilterTerms> Filter(std::shared_ptr<CFilterColumns> columns, std::shared_ptr<CFilterTerms> terms);
     /// What `Filter` does before it shows the dialog: the rows made, `terms` restored into them as
-    /// far as they still fit the columns, the dialog placed over its owner.
-    void Prepare(std::shared_ptr<CFilterColumns> columns, std::shared_ptr<CFilterTerms> terms);
+    /// far as they still fit the columns, the dialog placed over its owner. False when that failed
+    /// (reported to diagnostics).
+    bool Prepare(std::shared_ptr<CFilterColumns> columns, std::shared_ptr<CFilterTerms> terms);
     /// The filter that OK made; null before, and after Cancel.
     const std::shared_ptr<CFilterTerms>& Result() const { return m_result; }
 
@@ -78,7 +80,7 @@ private:
     void placeButtonsAndForm(int m);
     void EnableControl(QWidget* control, bool enabled);
 
-    void makeFieldEntries();
+    void makeFieldList();
     void LoadColumns(QComboBox* combo);
     void LoadConjunctions(QComboBox* combo);
     void LoadComparisons(FilterComparisonClasses comparisonClass, int i);
@@ -132,14 +134,10 @@ private:
     /// The images of the field lists by key: "basetablefield" and "seachcolumn".
     QIcon m_baseFieldImage;
     QIcon m_searchColumnImage;
-    /// An entry of a field list after "<<none>>"; the entries are worked out once per display.
-    struct FieldEntry {
-        QString key;
-        QString text;
-        bool baseField = false;
-        QVariant tag;
-    };
-    QList<FieldEntry> m_fieldEntries;
+    /// The entries of an open field list, made once per display and shown by every open row.
+    QStandardItemModel* m_fieldList = nullptr;
+    /// What a closed field list shows: nothing.
+    QStandardItemModel* m_closedList = nullptr;
 };
 
 } // namespace searchdata
