@@ -77,10 +77,25 @@ QString controlName(const char* name, int i)
     return QLatin1String(name) + QLatin1Char('_') + QString::number(i);
 }
 
+/// Member `i` of a row array, made on first use. Below the first row it stands three margins under
+/// the member above, in the same column.
+template <typename Control>
+Control* rowMember(QWidget* form, std::array<Control*, frmFilter::kRows>& members, const char* name, int i, int m)
+{
+    Control*& control = members[i];
+    if (!control) {
+        control = new Control(form);
+        control->setObjectName(controlName(name, i));
+    }
+    if (i > 0)
+        control->setGeometry(members[i - 1]->geometry().translated(0, 3 * m));
+    return control;
+}
+
 /// Gives a control its background and text colours. Where the palette it inherits already has them,
 /// the control goes back to that palette rather than a copy of its own: controls that share one
-/// palette share the style's cached drawings too, which opens the forty controls of the rows several
-/// times faster. A closed list paints its face as the style's button; its field is the Base role.
+/// palette share the style's cached drawings too, which makes the forty controls of the rows much
+/// quicker to show. A closed list paints its face as the style's button; its field is the Base role.
 void setColours(QWidget* control, const QColor& background, const QColor& text)
 {
     const QPalette::ColorGroup group = control->isEnabled() ? QPalette::Active : QPalette::Disabled;
@@ -266,19 +281,13 @@ void frmFilter::InitMyConjunction(int i, int m)
 {
     if (i < 0 || i >= kRows)
         return;
-    QComboBox*& combo = cboConjunction[i];
-    if (!combo) {
-        combo = new QComboBox(this);
-        combo->setObjectName(controlName("cboConjunction", i));
-    }
+    QComboBox* combo = rowMember(this, cboConjunction, "cboConjunction", i, m);
     if (i == 0) {
         // The first row joins nothing; its conjunction only marks the margin.
         combo->move(m, combo->y());
         combo->hide();
         return;
     }
-    combo->setGeometry(cboConjunction[i - 1]->x(), cboConjunction[i - 1]->y() + 3 * m, cboConjunction[i - 1]->width(),
-                       cboConjunction[i - 1]->height());
     combo->show();
     EnableControl(combo, false);
 }
@@ -287,15 +296,12 @@ void frmFilter::InitMyField(int i, int m)
 {
     if (i < 0 || i >= kRows)
         return;
-    QComboBox*& combo = imgcboFields[i];
-    if (!combo) {
-        combo = new QComboBox(this);
-        combo->setObjectName(controlName("imgcboFields", i));
+    const bool made = !imgcboFields[i];
+    QComboBox* combo = rowMember(this, imgcboFields, "imgcboFields", i, m);
+    if (made) {
         combo->installEventFilter(this);
         connect(combo, &QComboBox::activated, this, [this, i] { imgcboFields_Click(i); });
     }
-    if (i > 0)
-        combo->setGeometry(imgcboFields[i - 1]->geometry().translated(0, 3 * m));
     // A new list is empty already; one of an earlier display is closed.
     if (combo->model() == m_fieldList)
         combo->setModel(m_closedList);
@@ -307,13 +313,7 @@ void frmFilter::InitMyComparison(int i, int m)
 {
     if (i < 0 || i >= kRows)
         return;
-    QComboBox*& combo = cboComparison[i];
-    if (!combo) {
-        combo = new QComboBox(this);
-        combo->setObjectName(controlName("cboComparison", i));
-    }
-    if (i > 0)
-        combo->setGeometry(cboComparison[i - 1]->geometry().translated(0, 3 * m));
+    QComboBox* combo = rowMember(this, cboComparison, "cboComparison", i, m);
     combo->show();
     EnableControl(combo, false);
 }
@@ -322,10 +322,9 @@ void frmFilter::InitMyCompareTo(int i, int m)
 {
     if (i < 0 || i >= kRows)
         return;
-    QLineEdit*& edit = txtCompareTo[i];
-    if (!edit) {
-        edit = new QLineEdit(this);
-        edit->setObjectName(controlName("txtCompareTo", i));
+    const bool made = !txtCompareTo[i];
+    QLineEdit* edit = rowMember(this, txtCompareTo, "txtCompareTo", i, m);
+    if (made) {
         edit->installEventFilter(this);
         // Drops would bring in text that no key press was asked about.
         edit->setAcceptDrops(false);
@@ -333,8 +332,6 @@ void frmFilter::InitMyCompareTo(int i, int m)
         connect(edit, &QLineEdit::textChanged, this, [this, i] { txtCompareTo_Change(i); });
         connect(edit, &QLineEdit::customContextMenuRequested, this, [this, i](const QPoint& at) { txtCompareTo_ContextMenu(i, at); });
     }
-    if (i > 0)
-        edit->setGeometry(txtCompareTo[i - 1]->geometry().translated(0, 3 * m));
     edit->clear();
     setCompareToValid(i, true);
     edit->show();

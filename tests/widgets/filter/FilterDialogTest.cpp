@@ -12,7 +12,6 @@
 #include <QClipboard>
 #include <QLabel>
 #include <QTest>
-#include <QTimer>
 
 using namespace searchdata;
 using namespace searchdata::test;
@@ -293,10 +292,7 @@ TEST_P(FilterDialogTest, StandsByTheOwnerWindowAndOpensItsHelp)
     EXPECT_EQ(dialog->pos(), QPoint(40, 50) + QPoint(ui.DialogOffset(), ui.DialogOffset()));
 
     QString helpTitle;
-    QTimer::singleShot(0, [&] {
-        QWidget* help = nullptr;
-        waitFor([&] { return (help = QApplication::activeModalWidget()) != dialog && help != nullptr; });
-        ASSERT_TRUE(help);
+    whenModalAppears([&](QWidget* help) {
         helpTitle = help->windowTitle();
         QTest::mouseClick(named<QPushButton>(help, "cmdOk"), Qt::LeftButton);
     });

@@ -7,19 +7,17 @@
 
 #include <QApplication>
 #include <QTest>
-#include <QTimer>
 
 using namespace searchdata;
 using namespace searchdata::test;
 
 namespace {
 
-/// Once the filter dialog is up, hands it to `act`.
+/// Once the filter dialog is up and active, hands it to `act`.
 void whenDialogAppears(std::function<void(frmFilter*)> act)
 {
-    QTimer::singleShot(0, [act = std::move(act)] {
-        frmFilter* shown = nullptr;
-        waitFor([&] { return (shown = qobject_cast<frmFilter*>(QApplication::activeModalWidget())) != nullptr; });
+    whenModalAppears([act = std::move(act)](QWidget* modal) {
+        auto* shown = qobject_cast<frmFilter*>(modal);
         ASSERT_TRUE(shown);
         ASSERT_TRUE(QTest::qWaitForWindowActive(shown));
         act(shown);
