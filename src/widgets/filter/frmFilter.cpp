@@ -240,9 +240,11 @@ void frmFilter::ControlsInitialize()
     int comparisonWidth = 0;
     for (int op = kvoOP_IsFalse; op <= kvoOP_Excludes; ++op)
         comparisonWidth = std::max(comparisonWidth, metrics.horizontalAdvance(GetResourceText(kFirstComparison + op)));
+    // Beside its longest text a list needs room for its frame and arrow.
+    const int listExtra = 3 * m + 10;
     const int conjunctionWidth =
-        std::max(metrics.horizontalAdvance(GetResourceText(kAnd)), metrics.horizontalAdvance(GetResourceText(kOr))) + 3 * m + 10;
-    comparisonWidth += 3 * m + 10;
+        std::max(metrics.horizontalAdvance(GetResourceText(kAnd)), metrics.horizontalAdvance(GetResourceText(kOr))) + listExtra;
+    comparisonWidth += listExtra;
     const int height = std::max(imgcboFields[0]->sizeHint().height(), txtCompareTo[0]->sizeHint().height());
     const int labelTop = menuBar->sizeHint().height() + m;
     const int rowTop = labelTop + lblFields->sizeHint().height() + m / 2;
@@ -302,9 +304,7 @@ void frmFilter::InitMyField(int i, int m)
         combo->installEventFilter(this);
         connect(combo, &QComboBox::activated, this, [this, i] { imgcboFields_Click(i); });
     }
-    // A new list is empty already; one of an earlier display is closed.
-    if (combo->model() == m_fieldList)
-        combo->setModel(m_closedList);
+    closeFieldList(combo);
     combo->show();
     EnableControl(combo, false);
 }
@@ -419,6 +419,13 @@ void frmFilter::LoadColumns(QComboBox* combo)
     EnableControl(combo, true);
 }
 
+void frmFilter::closeFieldList(QComboBox* combo)
+{
+    // A list made just now is empty already.
+    if (combo->model() == m_fieldList)
+        combo->setModel(m_closedList);
+}
+
 void frmFilter::LoadConjunctions(QComboBox* combo)
 {
     combo->clear();
@@ -452,7 +459,7 @@ void frmFilter::ClearRowsFrom(int i)
         if (k > i) {
             cboConjunction[k]->clear();
             EnableControl(cboConjunction[k], false);
-            imgcboFields[k]->setModel(m_closedList);
+            closeFieldList(imgcboFields[k]);
             EnableControl(imgcboFields[k], false);
         }
         cboComparison[k]->clear();

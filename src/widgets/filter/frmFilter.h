@@ -82,6 +82,7 @@ private:
 
     void makeFieldList();
     void LoadColumns(QComboBox* combo);
+    void closeFieldList(QComboBox* combo);
     void LoadConjunctions(QComboBox* combo);
     void LoadComparisons(FilterComparisonClasses comparisonClass, int i);
     void ClearRowsFrom(int i);

@@ -361,16 +361,4 @@ TEST_P(FilterDialogTest, OkGivesTheSqlOfTheSameTermsBuiltByHandAndSelectsTheirRe
     }
 }
 
-TEST_P(FilterDialogTest, ATextWithAQuotePastedInSelectsItsRecord)
-{
-    auto owner = openDialog();
-    chooseField(0, "Maker");
-    QGuiApplication::clipboard()->setText("O'Neil");
-    QTest::mouseClick(compareTo(0), Qt::LeftButton);
-    QTest::keySequence(compareTo(0), QKeySequence::Paste);
-    QTest::mouseClick(button("cmdOK"), Qt::LeftButton);
-    ASSERT_TRUE(dialog->Result());
-    EXPECT_EQ(partsWhere(dialog->Result()->SQLString()), QList<qint64>{5});
-}
-
 SD_INSTANTIATE_DATABASE_SUITE(FilterDialogTest);
