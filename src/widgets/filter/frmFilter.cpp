@@ -2,6 +2,8 @@
 
 #include "filter/LineEditTextBox.h"
 #include "filter/frmFilterHelp.h"
+#include "host/FormPlacement.h"
+#include "host/LibraryForms.h"
 #include "platform/Guard_p.h"
 #include "searchdata/CFilterColumns.h"
 #include "searchdata/CFilterTerms.h"
@@ -10,7 +12,6 @@
 #include "searchdata/Dialect.h"
 #include "searchdata/ISearchBaseTable.h"
 #include "searchdata/Resources.h"
-#include "searchdata/UiServices.h"
 #include "searchdata/Validation.h"
 #include "searchdata/Value.h"
 
@@ -25,6 +26,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QPixmap>
+#include <QPointer>
 #include <QPushButton>
 #include <QStandardItemModel>
 #include <algorithm>
@@ -145,7 +147,6 @@ FilterComparisonClasses FilterFieldTag::comparisonClass() const
 frmFilter::frmFilter(QWidget* parent) : QDialog(parent)
 {
     setObjectName(QStringLiteral("frmFilter"));
-    setProperty("searchdataForm", true);
     setWindowFlag(Qt::WindowContextHelpButtonHint, false);
 
     lblFields = new QLabel(this);
@@ -183,25 +184,32 @@ frmFilter::frmFilter(QWidget* parent) : QDialog(parent)
     InitMyField(0, kMargin);
     InitMyComparison(0, kMargin);
     InitMyCompareTo(0, kMargin);
+    RegisterLibraryForm(this);
 }
 
 frmFilter::~frmFilter() = default;
 
-std::shared_ptr<CFilterTerms> frmFilter::Filter(std::shared_ptr<CFilterColumns> columns, std::shared_ptr<CFilterTerms> terms)
+std::shared_ptr<CFilterTerms> frmFilter::Filter(std::shared_ptr<CFilterColumns> columns, std::shared_ptr<CFilterTerms> terms,
+                                                const IFormInfo* owner)
 {
     SD_PROC("Filter");
     std::shared_ptr<CFilterTerms> result;
+    // The clean-up of the library's windows may destroy the dialog while it runs; then nothing was accepted.
+    const QPointer<frmFilter> self(this);
     SD_GUARDED([&] {
-        if (Prepare(std::move(columns), std::move(terms)))
+        if (Prepare(std::move(columns), std::move(terms), owner))
             exec();
-        result = m_result;
+        if (self)
+            result = m_result;
     });
-    m_columns.reset();
-    m_terms.reset();
+    if (self) {
+        m_columns.reset();
+        m_terms.reset();
+    }
     return result;
 }
 
-bool frmFilter::Prepare(std::shared_ptr<CFilterColumns> columns, std::shared_ptr<CFilterTerms> terms)
+bool frmFilter::Prepare(std::shared_ptr<CFilterColumns> columns, std::shared_ptr<CFilterTerms> terms, const IFormInfo* owner)
 {
     SD_PROC("Prepare");
     return SD_GUARDED([&] {
@@ -213,8 +221,7 @@ bool frmFilter::Prepare(std::shared_ptr<CFilterColumns> columns, std::shared_ptr
             detail::fail(QStringLiteral("the filter dialog needs columns"));
         ControlsInitialize();
         Setup();
-        const UiServices& services = UiServices::current();
-        move(m_columns->FormPosition(QSizeF(size()), services.UsableScreenSize(), services.DialogOffset()).toPoint());
+        PositionForm(*this, *m_columns, owner);
     });
 }
 

@@ -26,6 +26,7 @@ class CFilterColumn;
 class CFilterColumns;
 class CFilterTerms;
 class Dialect;
+class IFormInfo;
 
 /// What an entry of a field list stands for: a search column, or a field of the base table.
 struct FilterFieldTag {
@@ -53,13 +54,14 @@ public:
     explicit frmFilter(QWidget* parent = nullptr);
     ~frmFilter() override;
 
-    /// Shows the dialog modally over `columns`, starting from `terms` (may be null). The filter the
-    /// user accepted, possibly without terms; null after Cancel.
-    std::shared_ptr<CFilterTerms> Filter(std::shared_ptr<CFilterColumns> columns, std::shared_ptr<CFilterTerms> terms);
+    /// Shows the dialog modally over `columns`, starting from `terms` (may be null), by the window of
+    /// `owner` (may be null). The filter the user accepted, possibly without terms; null after Cancel.
+    std::shared_ptr<CFilterTerms> Filter(std::shared_ptr<CFilterColumns> columns, std::shared_ptr<CFilterTerms> terms,
+                                         const IFormInfo* owner = nullptr);
     /// What `Filter` does before it shows the dialog: the rows made, `terms` restored into them as
-    /// far as they still fit the columns, the dialog placed over its owner. False when that failed
+    /// far as they still fit the columns, the dialog placed by `owner`. False when that failed
     /// (reported to diagnostics).
-    bool Prepare(std::shared_ptr<CFilterColumns> columns, std::shared_ptr<CFilterTerms> terms);
+    bool Prepare(std::shared_ptr<CFilterColumns> columns, std::shared_ptr<CFilterTerms> terms, const IFormInfo* owner = nullptr);
     /// The filter that OK made; null before, and after Cancel.
     const std::shared_ptr<CFilterTerms>& Result() const { return m_result; }
 

@@ -1,6 +1,7 @@
 #include "filter/frmFilterHelp.h"
 
 #include "filter/frmFilter.h"
+#include "host/LibraryForms.h"
 #include "searchdata/CFilterColumns.h"
 #include "searchdata/ISearchBaseTable.h"
 #include "searchdata/Resources.h"
@@ -9,6 +10,7 @@
 
 #include <QFrame>
 #include <QLocale>
+#include <QPointer>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTextBrowser>
@@ -43,7 +45,6 @@ QString entry(const QString& heading, const QStringList& lines)
 frmFilterHelp::frmFilterHelp(QWidget* parent) : QDialog(parent)
 {
     setObjectName(QStringLiteral("frmFilterHelp"));
-    setProperty("searchdataForm", true);
     setWindowFlag(Qt::WindowContextHelpButtonHint, false);
     rtfHelp = new QTextBrowser(this);
     rtfHelp->setObjectName(QStringLiteral("rtfHelp"));
@@ -63,15 +64,18 @@ frmFilterHelp::frmFilterHelp(QWidget* parent) : QDialog(parent)
     cmdOk->setDefault(true);
     connect(cmdOk, &QPushButton::clicked, this, &QDialog::accept);
     resize(560, 440);
+    RegisterLibraryForm(this);
 }
 
 frmFilterHelp::~frmFilterHelp() = default;
 
 void frmFilterHelp::Display(const std::shared_ptr<CFilterColumns>& columns, QWidget* owner)
 {
-    frmFilterHelp help(owner);
-    help.Prepare(columns);
-    help.exec();
+    // The clean-up of the library's windows may destroy the window while it runs.
+    const QPointer<frmFilterHelp> help = new frmFilterHelp(owner);
+    help->Prepare(columns);
+    help->exec();
+    delete help.data();
 }
 
 void frmFilterHelp::Prepare(const std::shared_ptr<CFilterColumns>& columns)

@@ -66,11 +66,6 @@ QWidget* WidgetUiServices::dialogParent(const IFormInfo* owner) const
 
 // The dialogs themselves arrive with their own windows; until then these requests change nothing.
 void WidgetUiServices::OpenExamineWindow(CFilterColumns&, ISearchBaseEntry*, Recordset*, const IFormInfo*) {}
-std::shared_ptr<CFilterTerms> WidgetUiServices::OpenFilterDialog(CFilterColumns& columns, std::shared_ptr<CFilterTerms> terms, const IFormInfo*)
-{
-    frmFilter dialog(m_parent);
-    return dialog.Filter(columns.shared_from_this(), std::move(terms));
-}
 
 // A dialog may be destroyed while it runs, by the clean-up of the library's windows.
 void WidgetUiServices::OpenConfigureDialog(CFilterColumns& columns, const IFormInfo* owner)
@@ -78,6 +73,15 @@ void WidgetUiServices::OpenConfigureDialog(CFilterColumns& columns, const IFormI
     const QPointer<frmConfigure> form = new frmConfigure(dialogParent(owner));
     form->Configure(columns);
     delete form.data();
+}
+
+std::shared_ptr<CFilterTerms> WidgetUiServices::OpenFilterDialog(CFilterColumns& columns, std::shared_ptr<CFilterTerms> terms,
+                                                                 const IFormInfo* owner)
+{
+    const QPointer<frmFilter> form = new frmFilter(dialogParent(owner));
+    std::shared_ptr<CFilterTerms> accepted = form->Filter(columns.shared_from_this(), std::move(terms), owner);
+    delete form.data();
+    return accepted;
 }
 
 void WidgetUiServices::OpenPicklistDialog(CScPicklist& picklist, const IFormInfo* owner)

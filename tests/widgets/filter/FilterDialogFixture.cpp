@@ -92,10 +92,10 @@ void FilterDialogTest::fillValues()
         << "every part has its search row";
 }
 
-std::unique_ptr<frmFilter> FilterDialogTest::openDialog(std::shared_ptr<CFilterTerms> terms)
+std::unique_ptr<frmFilter> FilterDialogTest::openDialog(std::shared_ptr<CFilterTerms> terms, const IFormInfo* owner)
 {
     auto made = std::make_unique<frmFilter>();
-    made->Prepare(columns, std::move(terms));
+    EXPECT_TRUE(made->Prepare(columns, std::move(terms), owner));
     made->show();
     QApplication::setActiveWindow(made.get());
     EXPECT_TRUE(QTest::qWaitForWindowActive(made.get()));

@@ -48,8 +48,8 @@ protected:
     void SetUp() override;
     void TearDown() override;
 
-    /// A dialog prepared over the columns with `terms`, shown and active.
-    std::unique_ptr<frmFilter> openDialog(std::shared_ptr<CFilterTerms> terms = nullptr);
+    /// A dialog prepared over the columns with `terms` by the window of `owner`, shown and active.
+    std::unique_ptr<frmFilter> openDialog(std::shared_ptr<CFilterTerms> terms = nullptr, const IFormInfo* owner = nullptr);
 
     QComboBox* conjunction(int row) const { return combo("cboConjunction", row); }
     QComboBox* field(int row) const { return combo("imgcboFields", row); }

@@ -7,10 +7,12 @@
 #include "searchdata/Resources.h"
 #include "searchdata/UiServices.h"
 #include "searchdata/Value.h"
+#include "searchdata/widgets/CFormInfo.h"
 
 #include <QApplication>
 #include <QClipboard>
 #include <QLabel>
+#include <QScreen>
 #include <QTest>
 
 using namespace searchdata;
@@ -285,11 +287,19 @@ TEST_P(FilterDialogTest, ASavedFilterRestoresIntoTheRowsUpToATermThatNoLongerFit
 
 TEST_P(FilterDialogTest, StandsByTheOwnerWindowAndOpensItsHelp)
 {
-    columns->SetOwnerLocation({40, 50, 600, 400});
-    auto owner = openDialog();
+    {
+        auto alone = openDialog();
+        const QRect screen = dialog->screen()->availableGeometry();
+        EXPECT_LE((dialog->frameGeometry().center() - screen.center()).manhattanLength(), 8) << "without an owner, in the middle";
+    }
+    QWidget window;
+    window.setGeometry(40, 50, 600, 400);
+    window.show();
+    const auto info = MakeFormInfo(&window);
+    auto owned = openDialog(nullptr, info.get());
     const UiServices& ui = UiServices::current();
-    ASSERT_LE(dialog->width() + 60, ui.UsableScreenSize().width());
-    EXPECT_EQ(dialog->pos(), QPoint(40, 50) + QPoint(ui.DialogOffset(), ui.DialogOffset()));
+    ASSERT_LE(info->Left() + ui.DialogOffset() + dialog->width(), ui.UsableScreenSize().width());
+    EXPECT_EQ(dialog->pos(), QPoint(info->Left() + ui.DialogOffset(), info->Top() + ui.DialogOffset()));
 
     QString helpTitle;
     whenModalAppears([&](QWidget* help) {

@@ -3,7 +3,9 @@
 
 #include "filter/FilterDialogFixture.h"
 
+#include "host/LibraryForms.h"
 #include "searchdata/CFilterColumns.h"
+#include "searchdata/widgets/CCleanupFormManager.h"
 
 #include <QApplication>
 #include <QTest>
@@ -55,4 +57,15 @@ TEST_P(FilterDialogTest, TheSearchBringsBackTheLastFilterAndKeepsTheAcceptedOne)
     whenDialogAppears([](frmFilter* shown) { QTest::keyClick(shown, Qt::Key_Escape); });
     EXPECT_EQ(search->Filter(nullptr, "someone", nullptr, fltrDBMode_Normal), nullptr);
     EXPECT_EQ(CSearchFilter::GetFilter(columns, profile.get(), "7", fltrDBMode_Normal)->SQLString(), accepted->SQLString());
+}
+
+TEST_P(FilterDialogTest, TheCleanUpOfTheLibrarysWindowsEndsARunningFilterWithNothingAccepted)
+{
+    whenDialogAppears([](frmFilter* shown) {
+        QTest::mouseClick(named<QPushButton>(shown, "cmdHelp"), Qt::LeftButton);
+    });
+    // Once the help stands over the dialog, the host closes down.
+    whenModalAppears([](QWidget*) { CCleanupFormManager::instance().CleanupForms(); }, "frmFilterHelp");
+    EXPECT_EQ(search->Filter(nullptr, "someone", nullptr, fltrDBMode_Normal), nullptr);
+    EXPECT_TRUE(LibraryForms().isEmpty());
 }
