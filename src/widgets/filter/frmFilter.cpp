@@ -3,6 +3,7 @@
 #include "filter/LineEditTextBox.h"
 #include "filter/frmFilterHelp.h"
 #include "host/FormPlacement.h"
+#include "host/LanguageAdaptation.h"
 #include "host/LibraryForms.h"
 #include "platform/Guard_p.h"
 #include "searchdata/CFilterColumns.h"
@@ -185,6 +186,7 @@ frmFilter::frmFilter(QWidget* parent) : QDialog(parent)
     InitMyComparison(0, kMargin);
     InitMyCompareTo(0, kMargin);
     RegisterLibraryForm(this);
+    FormToJapanese(this);
 }
 
 frmFilter::~frmFilter() = default;

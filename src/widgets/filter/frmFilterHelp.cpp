@@ -1,6 +1,7 @@
 #include "filter/frmFilterHelp.h"
 
 #include "filter/frmFilter.h"
+#include "host/LanguageAdaptation.h"
 #include "host/LibraryForms.h"
 #include "searchdata/CFilterColumns.h"
 #include "searchdata/ISearchBaseTable.h"
@@ -65,6 +66,7 @@ frmFilterHelp::frmFilterHelp(QWidget* parent) : QDialog(parent)
     connect(cmdOk, &QPushButton::clicked, this, &QDialog::accept);
     resize(560, 440);
     RegisterLibraryForm(this);
+    FormToJapanese(this);
 }
 
 frmFilterHelp::~frmFilterHelp() = default;

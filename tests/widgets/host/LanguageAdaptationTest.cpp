@@ -2,6 +2,8 @@
 
 #include "config/frmColumnEdit.h"
 #include "config/frmConfigure.h"
+#include "filter/frmFilter.h"
+#include "filter/frmFilterHelp.h"
 #include "host/LanguageAdaptation.h"
 #include "host/frmAbout.h"
 #include "host/frmLockedMessage.h"
@@ -47,9 +49,15 @@ struct LanguageGuard {
     }
 };
 
+/// The form and its controls; the pop-up list of a combo box is made on demand (a change of font
+/// makes it), so it is no control of the form's own.
 QList<QWidget*> widgetsOf(QWidget& form)
 {
-    return QList<QWidget*>{&form} + form.findChildren<QWidget*>();
+    QList<QWidget*> widgets{&form};
+    for (QWidget* child : form.findChildren<QWidget*>())
+        if (child->window() == &form)
+            widgets.append(child);
+    return widgets;
 }
 
 class JapaneseFont : public ::testing::Test {
@@ -80,6 +88,8 @@ TEST_F(JapaneseFont, EveryControlOfTheLibrarysFormsTakesTheFamilyOnlyWhenAdaptat
         {"frmAbout", [] { return std::make_unique<frmAbout>(); }},
         {"frmColumnEdit", [] { return std::make_unique<frmColumnEdit>(); }},
         {"frmConfigure", [] { return std::make_unique<frmConfigure>(); }},
+        {"frmFilter", [] { return std::make_unique<frmFilter>(); }},
+        {"frmFilterHelp", [] { return std::make_unique<frmFilterHelp>(); }},
         {"frmLockedMessage", [] { return std::make_unique<frmLockedMessage>(MakeLockedMessage({}, {})); }},
         {"frmPicklistEdit", [] { return std::make_unique<frmPicklistEdit>(); }},
         {"frmPicklistKept", [] { return std::make_unique<frmPicklistKept>(); }},
