@@ -17,7 +17,7 @@ public:
     QuestionLog(DatabaseHandler& db, int answer) : m_db(db)
     {
         db.setQueryConversion([this, answer](const QString&, const QString& table, int flag) {
-            m_questions << QStringLiteral("%1 (question %2)").arg(table).arg(flag);
+            m_questions << QStringLiteral("%1 (question %2)").arg(table, QString::number(flag));
             return answer;
         });
     }
@@ -29,10 +29,14 @@ private:
     QStringList m_questions;
 };
 
-/// Mode 0 of the schema check: whether the search tables differ from the definitions. Changes nothing.
+/// The host's answer that ends a check at its first question, before anything changes.
+constexpr int kEndCheck = 1;
+
+/// Mode 0 of the schema check, asking before every change and answered with the end of the check:
+/// whether the search tables differ from the definitions. Changes nothing.
 QStringList differences(Session& session, IProgress& progress, bool keys)
 {
-    QuestionLog log(session.db(), 0);
+    QuestionLog log(session.db(), kEndCheck);
     session.search()->CheckTable(&progress, 0, keys);
     return log.questions();
 }
@@ -95,7 +99,7 @@ int populate(Invocation& inv)
         fail(QStringLiteral("%1 has no search columns").arg(session.tableName()));
     const bool checkOnly = inv.has(QStringLiteral("check"));
     // Asked before the first change, answering "stop" keeps the check from changing anything.
-    QuestionLog log(session.db(), checkOnly ? 1 : 0);
+    QuestionLog log(session.db(), checkOnly ? kEndCheck : 0);
     clearLibraryReports();
     const int result = session.columns().StartProcessDataReportProgress(nullptr, checkOnly, checkOnly ? 0 : 1, QDateTime::currentDateTime());
     if (!checkOnly && result != 0)

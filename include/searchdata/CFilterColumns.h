@@ -223,11 +223,12 @@ public:
     bool SavePicklist(const ColumnPtr& column, const ColumnPtr& oldColumn);
 
     // ---- schema check and population check ------------------------------------------------------
-    // Modes: 1 repairs; 0 asks the host (`DatabaseHandler::QueryConversion`) at a difference and
-    // changes nothing. Within one check the host is asked once: an answer that goes on stands for the
-    // rest of the check. Results: 0 goes on; the host's answers 1 to 5 end the check with that answer.
-    // A repair that fails sets `Diagnostics::ConversionFailed` and ends the check; what was repaired
-    // before it stands.
+    // Modes: 1 repairs; 0 asks the host first (`DatabaseHandler::QueryConversion`): its answers 1 to 5
+    // end the check with that answer, and any other goes on, to the repair where the step makes one
+    // after the question (indexes, keys, rows, picklist tables, a conversion of the definition table;
+    // the fields of the search tables are only reported). Within one check the host is asked once: an
+    // answer that goes on stands for the rest of the check. Results: 0 goes on. A repair that fails
+    // sets `Diagnostics::ConversionFailed` and ends the check; what was repaired before it stands.
 
     /// Whether every field of the definition table is there and as its structure describes it. Mode 1
     /// adds the missing fields and repairs the others, and then checks the search tables too.
@@ -238,24 +239,30 @@ public:
     /// and indexes, the search rows, then the foreign keys, which would fail on a record without its
     /// row. With both flags also the picklist tables first (a table just made by `BuildDefaultTable`).
     int CheckForeignKeysAndIndexes(IProgress* progress, int mode, bool blnCheckKeysAndIndexes, bool picklistPass);
-    /// Compares the search table's fields with the columns that are not keywords. Mode 1 drops the
-    /// fields no column defines (writing the schema log) and adds the missing ones.
+    /// Compares the search table's fields with the columns that are not keywords. Mode 0 asks the host
+    /// and gives its answer; mode 1 drops the fields no column defines (writing the schema log) and
+    /// adds the missing ones.
     int ValidateStandardTable(int mode);
-    /// Makes the fields of a column's table agree with `structure`, then checks a picklist column's list.
+    /// Makes the fields of a column's table agree with `structure` (mode 1; mode 0 asks), then runs a
+    /// picklist column's own check of its list in the same mode.
     int CheckColumn(const CFilterColumn* column, const TableStructure* structure, bool ask, int mode);
-    /// Adds the indexes and the primary and unique keys of `structure` that its table lacks. With
-    /// `ask` the host is asked in every mode, mode 1 included; an answer of 2 adds the index in any
-    /// mode and does not end the check.
+    /// Adds the indexes and the primary and unique keys of `structure` that its table lacks, in any
+    /// mode. With `ask` the host is asked first in every mode, mode 1 included; an answer of 2 does
+    /// not end the check here, unlike elsewhere.
     int CheckIndexes(const CFilterColumn* column, const TableStructure* structure, bool ask, int mode);
-    /// Adds the foreign keys of `structure` that its table lacks; rows that the key would refuse are
-    /// dealt with by a population check first.
+    /// Adds the foreign keys of `structure` that its table lacks, in any mode, after asking the host
+    /// (with `ask`, in modes other than 1); rows that the key would refuse are dealt with by a
+    /// population check first.
     int CheckForeignKeys(IProgress* progress, const CFilterColumn* column, const TableStructure* structure, bool ask, int mode);
 
     /// The argument object of a population check.
     static std::shared_ptr<CCheckPopulationArgs> CreateCheckPopulationArguments(bool askFirst, int mode, const QDateTime& defaultDate);
     /// Makes sure that every record that the host selects has its search row, and that no search or
     /// keyword row is left without its record, under the progress runner of `UiServices` (over
-    /// `owner`). Gives the check's result code.
+    /// `owner`). In a mode other than 1 with `askFirst` the host is asked before the first change (the
+    /// set statements ask once per table): an answer of 1 to 5 ends the check with that answer, any
+    /// other repairs. Without `askFirst`, and in mode 1, it repairs without asking. Gives the check's
+    /// result code.
     int StartProcessDataReportProgress(const IFormInfo* owner, bool askFirst, int mode, const QDateTime& defaultDate);
     /// Request 1 with a `CCheckPopulationArgs` (or a shared pointer to one) runs the population check
     /// and gives a `std::shared_ptr<CCheckPopulationResult>`; other requests give nothing.

@@ -99,12 +99,14 @@ public:
 
     // ---- schema check ------------------------------------------------------------------------
 
-    /// Compares the table with `MyStructure`. Mode 0 asks the host about a difference (an answer of 1
-    /// to 5 ends the check with that answer), mode 1 repairs it; then the keys are checked. Gives 0 to
-    /// go on. A failed repair sets the diagnostics' `ConversionFailed`.
+    /// Compares the table with `MyStructure` and makes what is missing: the table, its fields, then the
+    /// keys. Mode 0 asks the host before each change (an answer of 1 to 5 ends the check with that
+    /// answer, any other goes on), mode 1 repairs at once, other modes change the table in nothing and
+    /// make the keys of a table in order. Gives 0 to go on. A failed repair sets the diagnostics'
+    /// `ConversionFailed`.
     int CheckTable(IProgress* progress, int mode);
     /// Adds `HideEntry` to a table of an earlier version. Mode 0 asks first (an answer of 1, 3, 4 or
-    /// 5 leaves the table alone and is given back), mode 1 adds it at once.
+    /// 5 leaves the table alone and is given back); other modes add it at once.
     int CreateHideEntryField(IProgress* progress, int mode);
 
     // ---- entries -----------------------------------------------------------------------------
@@ -119,6 +121,8 @@ private:
     /// Runs one statement in a transaction of its own, under the locked message of two texts.
     bool executeInTransaction(const QString& sql, int titleText, int operationText);
     void dropKeys(Catalog& catalog);
+    /// Whether a key of the list, or the one that ties the data to it, is missing.
+    bool keysMissing(const Catalog& catalog);
     QString bracketedField() const;
     Catalog* catalog() const;
     Catalog& requireCatalog() const;

@@ -87,12 +87,14 @@ public:
     // ---- schema check ----------------------------------------------------------------------------
 
     /// Checks the definition table, then the search tables of this base table, against the
-    /// definitions. Mode 0 asks the host (`DatabaseHandler::QueryConversion`) at a difference and
-    /// changes nothing; mode 1 repairs; other modes do nothing. Gives 0, or the host's answer 1 to 5
-    /// that ended the check. A repair that failed shows in `Diagnostics::ConversionFailed`.
+    /// definitions. Mode 0 asks the host (`DatabaseHandler::QueryConversion`) at a difference: its
+    /// answers 1 to 5 end the check, 0 goes on to the repair (see `CFilterColumns` for the steps).
+    /// Mode 1 repairs; other modes look on where the steps say so. Gives 0, or the host's answer 1 to
+    /// 5 that ended the check. A repair that failed shows in `Diagnostics::ConversionFailed`.
     int CheckTable(IProgress* roProgress, int enmConvertMode, bool blnCheckKeysAndIndexes);
-    /// The step of `CheckTable` for a definition table that needs converting: asks the host, and with
-    /// an answer of 0 converts in mode 1. Gives the answer, or the result of the conversion.
+    /// The step of `CheckTable` for a definition table that differs or needs converting: asks the
+    /// host, and with an answer of 0 converts, whatever the mode. Gives the answer, or the result of
+    /// the conversion.
     int QueryConvert(IProgress* progress, int mode);
 
     // ---- demonstration column sets -------------------------------------------------------------

@@ -313,22 +313,9 @@ int CFilterColumns::CheckColumn(const CFilterColumn* column, const TableStructur
 
         if (!column || !column->IsPicklist())
             return;
-        const std::shared_ptr<CScPicklist> picklist = PicklistOf(*column);
-        if (!picklist)
-            return;
-        if (mode == 1) {
-            const int answer = picklist->CheckTable(nullptr, 1);
-            if (endsCheck(answer))
-                result = answer;
-            return;
-        }
-        // Other modes only report: the list's own check would make what it finds missing.
-        const std::shared_ptr<TableStructure> list = picklist->MyStructure();
-        if (!list || !ask)
-            return;
-        const bool differs = !schemaTool().TableMatches(smcColumns | smcColumnTypes | smcColumnNullability, *m_catalog, *list);
-        if (differs && mode == 0) {
-            const int answer = askConversion(*m_handler, BaseTableName(), 0);
+        // The list has a check of its own, which asks in mode 0 as well.
+        if (const std::shared_ptr<CScPicklist> picklist = PicklistOf(*column)) {
+            const int answer = picklist->CheckTable(nullptr, mode);
             if (endsCheck(answer))
                 result = answer;
         }
@@ -352,18 +339,15 @@ int CFilterColumns::CheckIndexes(const CFilterColumn* column, const TableStructu
         const QString tableName = structure->name();
         if (!GetCatalogTable(*m_catalog, tableName))
             return;
-        // False ends the routine. Answer 2 lets the index be added even where the mode changes nothing.
+        // False ends the routine. The index is added after the answer in any mode; answer 2 adds it too.
         auto addMissing = [&](const std::function<bool()>& create) {
-            int answer = 0;
             if (ask) {
-                answer = askConversion(*m_handler, BaseTableName(), mode);
+                const int answer = askConversion(*m_handler, BaseTableName(), mode);
                 if (answer != 2 && endsCheck(answer)) {
                     result = answer;
                     return false;
                 }
             }
-            if (mode != 1 && answer != 2)
-                return true;
             if (!create()) {
                 markConversionFailed();
                 return false;
@@ -406,15 +390,12 @@ int CFilterColumns::CheckForeignKeys(IProgress* progress, const CFilterColumn* c
         for (const StructureKey& key : structure->StructureKeys()) {
             if (key.kind != kkForeign || GetTableKey(GetCatalogTable(*m_catalog, tableName), key.name))
                 continue;
-            if (mode != 1) {
-                if (ask) {
-                    const int answer = askConversion(*m_handler, BaseTableName(), mode);
-                    if (endsCheck(answer)) {
-                        result = answer;
-                        return;
-                    }
+            if (mode != 1 && ask) {
+                const int answer = askConversion(*m_handler, BaseTableName(), mode);
+                if (endsCheck(answer)) {
+                    result = answer;
+                    return;
                 }
-                continue;
             }
             if (!schemaTool().ForeignKeyHolds(*m_catalog, tableName, key)) {
                 const std::shared_ptr<CCheckPopulationResult> population =

@@ -317,40 +317,35 @@ private:
         return rs->rawField(rs->fieldNames().value(0)).toLongLong();
     }
 
-    /// Collects the changes. In a mode that changes nothing it stops at the first difference, once
-    /// the host has been asked about it.
+    /// Collects the changes. Before the first one of the check, in a mode other than 1 with
+    /// `AskFirst`, the host is asked; an answer of 1 to 5 ends the check.
     bool walk(const PopulationTarget& target, WalkSide& base, WalkSide& rows, WalkSide* selected, std::vector<QVariant>& missing,
               std::vector<QVariant>& orphans)
     {
         bool baseMatched = false;
-        bool asked = false;
-        // False when the walk of this table is over; `m_endCheck` tells whether the check ends too.
-        auto differs = [&] {
-            if (m_args.Mode() == 1)
+        // False when the check ends here.
+        auto mayChange = [&] {
+            if (m_asked || m_args.Mode() == 1 || !m_args.AskFirst())
                 return true;
-            if (!asked && m_args.AskFirst()) {
-                asked = true;
-                const int answer = detail::askConversion(m_db, m_columns.BaseTableName(), m_args.Mode());
-                m_result.setResultCode(answer);
-                m_endCheck = detail::endsCheck(answer);
-            }
-            return false;
+            m_asked = true;
+            const int answer = detail::askConversion(m_db, m_columns.BaseTableName(), m_args.Mode());
+            m_result.setResultCode(answer);
+            return !detail::endsCheck(answer);
         };
-        m_endCheck = false;
         while (!base.atEnd() || !rows.atEnd()) {
             const int order = base.atEnd() ? 1 : rows.atEnd() ? -1 : base.key().compare(rows.key(), m_kind);
             if (order < 0) {
                 if (!baseMatched && target.standard && isSelected(base.key(), selected)) {
-                    if (!differs())
-                        return !m_endCheck;
+                    if (!mayChange())
+                        return false;
                     missing.push_back(base.key().raw());
                 }
                 base.next();
                 baseMatched = false;
             } else if (order > 0) {
                 if (orphans.empty() || rows.key().raw() != orphans.back()) {
-                    if (!differs())
-                        return !m_endCheck;
+                    if (!mayChange())
+                        return false;
                     orphans.push_back(rows.key().raw());
                 }
                 rows.next();
@@ -454,7 +449,7 @@ private:
     qint64 m_done = 0;
     qint64 m_total = 0;
     QElapsedTimer m_lastReport;
-    bool m_endCheck = false;
+    bool m_asked = false; // once a check, before its first change
 };
 
 QString baseCaption(const CFilterColumns& columns)
@@ -534,13 +529,11 @@ std::shared_ptr<CCheckPopulationResult> CFilterColumns::CheckPopulationProgressS
                 result->setCancelled(true);
                 return false;
             }
-            // Mode 1 changes without asking, and the two statements change nothing where nothing
-            // is amiss: the tests, each nearly as long as its statement, would only tell what to ask.
-            if (arguments.Mode() == 1)
+            // Without a question the check repairs at once, and the two statements change nothing
+            // where nothing is amiss: the tests, each nearly as long as its statement, would only
+            // tell what to ask.
+            if (arguments.Mode() == 1 || !arguments.AskFirst())
                 return repair(target, target.standard, true);
-            // Other modes change nothing; they only tell the host, when asked to.
-            if (!arguments.AskFirst())
-                return true;
 
             bool missing = false;
             if (target.standard) {
@@ -555,11 +548,10 @@ std::shared_ptr<CCheckPopulationResult> CFilterColumns::CheckPopulationProgressS
             if (!probe)
                 return false;
             const bool orphans = probe->RecordCount() >= 1;
-            if (missing || orphans) {
-                result->setResultCode(detail::askConversion(db, BaseTableName(), arguments.Mode()));
-                return !detail::endsCheck(result->ResultCode());
-            }
-            return true;
+            if (!missing && !orphans)
+                return true;
+            result->setResultCode(detail::askConversion(db, BaseTableName(), arguments.Mode()));
+            return !detail::endsCheck(result->ResultCode()) && repair(target, missing, orphans);
         });
         if (finished) {
             result->setResultCode(0);

@@ -1,5 +1,6 @@
 #include "searchdata/CScPicklist.h"
 
+#include "columns/SchemaCheck_p.h"
 #include "platform/Guard_p.h"
 #include "searchdata/CFilterColumn.h"
 #include "searchdata/DatabaseHandler.h"
@@ -397,43 +398,57 @@ int CScPicklist::CheckTable(IProgress* progress, int mode)
         const std::shared_ptr<TableStructure> structure = MyStructure();
         if (!m_handler || !cat || !structure)
             return;
-        DatabaseHandler& db = *m_handler;
         SchemaTool& tool = schemaTool();
-        Diagnostics& diagnostics = Diagnostics::instance();
-        // In mode 0 the host decides; its answer 0 means go on and convert.
-        auto mayConvert = [&] {
-            if (mode == 1)
-                return true;
+        // Mode 0 asks before each change: answers 1 to 5 end the check, any other goes on.
+        auto mayChange = [&] {
             if (mode != 0)
-                return false;
-            result = db.QueryConversion(db.ConnectionString(), Picklist(), mode);
-            return result == 0;
+                return true;
+            const int answer = detail::askConversion(*m_handler, Picklist(), mode);
+            if (detail::endsCheck(answer))
+                result = answer;
+            return !detail::endsCheck(answer);
         };
+        // Modes other than 0 and 1 look on without changing the table.
+        const bool repairs = mode == 0 || mode == 1;
 
-        if (!tool.TableExists(*cat, *structure)) {
-            if (!mayConvert())
+        if (repairs && !tool.TableExists(*cat, *structure)) {
+            if (!mayChange())
                 return;
             if (!CreatePicklistTable()) {
-                diagnostics.setConversionFailed(true);
+                detail::markConversionFailed();
                 detail::fail(QStringLiteral("the missing picklist table %1 could not be made").arg(Picklist()));
             }
         }
         const int columnChecks = smcColumns | smcColumnTypes | smcColumnNullability;
         const QList<SchemaDifference> differences = tool.TableDifferences(columnChecks, *cat, *structure);
         if (!differences.isEmpty()) {
-            if (!mayConvert())
+            if (!repairs || !mayChange())
                 return;
             for (const SchemaDifference& d : differences) {
                 const std::optional<StructureColumn> wanted = structure->ColumnNamed(d.item);
                 if (wanted && !tool.RepairColumn(progress, *cat, Picklist(), *wanted)) {
-                    diagnostics.setConversionFailed(true);
+                    detail::markConversionFailed();
                     detail::fail(QStringLiteral("column %1 of the picklist %2 could not be repaired").arg(d.item, Picklist()));
                 }
             }
         }
+        if (!m_keysChecked && keysMissing(*cat) && !mayChange())
+            return;
         CheckForeignKeys();
     });
     return result;
+}
+
+bool CScPicklist::keysMissing(const Catalog& cat)
+{
+    const CatalogTablePtr list = GetCatalogTable(cat, Picklist());
+    const std::shared_ptr<TableStructure> structure = MyStructure();
+    if (!list || !structure)
+        return false;
+    for (const StructureKey& key : structure->StructureKeys())
+        if (!GetTableKey(list, key.name))
+            return true;
+    return !GetTableKey(GetCatalogTable(cat, DataTable()), FK_());
 }
 
 int CScPicklist::CreateHideEntryField(IProgress* progress, int mode)
@@ -449,16 +464,15 @@ int CScPicklist::CreateHideEntryField(IProgress* progress, int mode)
         if (!table || GetTableColumn(table, HideEntry()))
             return;
         if (mode == 0) {
-            const int answer = m_handler->QueryConversion(m_handler->ConnectionString(), Picklist(), mode);
-            if (answer != 0 && answer != 2) {
+            // Answer 2 lets the field be added, as it lets a missing index be added.
+            const int answer = detail::askConversion(*m_handler, Picklist(), mode);
+            if (answer != 2 && detail::endsCheck(answer)) {
                 result = answer;
                 return;
             }
-        } else if (mode != 1) {
-            return;
         }
         if (!schemaTool().RepairColumn(progress, *cat, Picklist(), *structure->ColumnNamed(HideEntry()))) {
-            Diagnostics::instance().setConversionFailed(true);
+            detail::markConversionFailed();
             detail::fail(QStringLiteral("the field %1 could not be added to %2").arg(HideEntry(), Picklist()));
         }
     });

@@ -31,15 +31,13 @@ int CSearchFilter::CheckTable(IProgress* roProgress, int enmConvertMode, bool bl
         }
         if (convertRequired && enmConvertMode != 1)
             return;
-        const bool inOrder = columns.CheckColumns(roProgress, enmConvertMode);
-        if (detail::conversionFailed())
-            return;
-        if (inOrder) {
+        if (columns.CheckColumns(roProgress, enmConvertMode)) {
             // Without columns there is nothing on the search side to look at.
             if (Exists())
                 result = columns.CheckForeignKeysAndIndexes(roProgress, enmConvertMode, blnCheckKeysAndIndexes, false);
             return;
         }
+        // A definition table that differs, or whose repair failed, is put to the host.
         if (!convertRequired)
             result = QueryConvert(roProgress, enmConvertMode);
     });
@@ -55,8 +53,7 @@ int CSearchFilter::QueryConvert(IProgress* progress, int mode)
     SD_GUARDED([&] {
         CFilterColumns& columns = *m_filterColumns;
         result = detail::askConversion(*columns.Handler(), columns.BaseTableName(), mode);
-        // Mode 0 reports a definition table that needs converting, and leaves it as it is.
-        if (result == 0 && mode == 1)
+        if (result == 0)
             result = columns.Convert(progress, mode);
     });
     return result;

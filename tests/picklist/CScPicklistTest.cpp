@@ -169,15 +169,29 @@ TEST_P(CScPicklistTest, TheSchemaCheckAsksOrRepairsByMode)
     const auto fresh = columns();
     const auto picklist = fresh->Item("Colour")->PickList();
 
-    answer = 3;
-    EXPECT_EQ(picklist->CreateHideEntryField(nullptr, 0), 3);
-    EXPECT_EQ(asked, QStringList({list}));
-    EXPECT_FALSE(GetTableColumn(GetCatalogTable(*catalog, list), "HideEntry").has_value());
-    answer = 0;
-    EXPECT_EQ(picklist->CreateHideEntryField(nullptr, 0), 0);
-    EXPECT_EQ(values(list, "Colour", q("HideEntry") + " = " + db().SqlBoolean(false)).size(), 3);
+    // Mode 0 asks: answers 1, 3, 4 and 5 leave the table alone; 2 and answers outside 1 to 5 go on.
+    // Other modes add the field without asking.
+    struct Case {
+        int mode;
+        int answer;
+        int result;
+        bool added;
+    };
+    for (const Case& c : {Case{0, 3, 3, false}, Case{0, 6, 0, true}, Case{0, 2, 0, true}, Case{2, 3, 0, true}}) {
+        SCOPED_TRACE(QString("mode %1, answer %2").arg(c.mode).arg(c.answer).toStdString());
+        answer = c.answer;
+        asked.clear();
+        EXPECT_EQ(picklist->CreateHideEntryField(nullptr, c.mode), c.result);
+        EXPECT_EQ(asked.size(), c.mode == 0 ? 1 : 0);
+        EXPECT_EQ(GetTableColumn(GetCatalogTable(*catalog, list), "HideEntry").has_value(), c.added);
+        if (c.added) {
+            EXPECT_EQ(values(list, "Colour", q("HideEntry") + " = " + db().SqlBoolean(false)).size(), 3);
+            ASSERT_TRUE(SchemaTool().DropColumn(nullptr, *catalog, list, "HideEntry"));
+        }
+    }
 
-    // A missing table: mode 0 asks, and the answer 2 ends the check; mode 1 makes the table again.
+    // A missing table: mode 0 asks, an answer of 1 to 5 ends the check, another one makes the table;
+    // mode 1 makes it without asking, and other modes leave it missing.
     ASSERT_TRUE(picklist->DestroyPicklist());
     SD_ASSERT_SQL(testDb(), "UPDATE " + q("FilesSearchData") + " SET " + q("Colour") + " = 'mauve' WHERE " + q("FileId") + " = 1");
     answer = 2;
@@ -185,10 +199,17 @@ TEST_P(CScPicklistTest, TheSchemaCheckAsksOrRepairsByMode)
     EXPECT_EQ(picklist->CheckTable(nullptr, 0), 2);
     EXPECT_EQ(asked.size(), 1);
     EXPECT_FALSE(hasTable(list));
-    EXPECT_EQ(picklist->CheckTable(nullptr, 1), 0);
-    EXPECT_EQ(asked.size(), 1);
-    EXPECT_EQ(values(list, "Colour"), QStringList({"blue", "green", "mauve", "red"}));
-    EXPECT_TRUE(hasKey("FilesSearchData", "FK_PicklistFilesColour"));
+    EXPECT_EQ(picklist->CheckTable(nullptr, 2), 0);
+    EXPECT_FALSE(hasTable(list));
+    for (int mode : {0, 1}) {
+        answer = 6;
+        asked.clear();
+        EXPECT_EQ(picklist->CheckTable(nullptr, mode), 0);
+        EXPECT_EQ(asked.size(), mode == 0 ? 1 : 0);
+        EXPECT_EQ(values(list, "Colour"), QStringList({"blue", "green", "mauve", "red"}));
+        EXPECT_TRUE(hasKey("FilesSearchData", "FK_PicklistFilesColour"));
+        ASSERT_TRUE(picklist->DestroyPicklist());
+    }
     EXPECT_FALSE(Diagnostics::instance().ConversionFailed());
 }
 

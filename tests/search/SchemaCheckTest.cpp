@@ -29,6 +29,17 @@ private:
     QString m_column;
 };
 
+/// A schema tool that cannot convert the definition table.
+class FailingConversion : public SchemaTool {
+public:
+    bool ApplyStructure(IProgress* progress, Catalog& catalog, const TableStructure& structure) override
+    {
+        if (structure.name() == CFilterColumns::definitionTableName())
+            return false;
+        return SchemaTool::ApplyStructure(progress, catalog, structure);
+    }
+};
+
 /// A nullable text field of `size` without default.
 StructureColumn text(const QString& name, int size)
 {
@@ -96,21 +107,25 @@ protected:
         return out.join('\n');
     }
 
-    /// Mode 0 asks once and changes nothing; mode 1 repairs, and a second check finds nothing.
-    void expectAskedOnceThenRepaired(const std::function<void()>& expectRepaired)
+    /// Mode 0 asks once and, answered with an end, changes nothing; `repairMode` answered with 0
+    /// repairs, and a second check finds nothing to ask about.
+    void expectAskedOnceThenRepaired(int repairMode, const std::function<void()>& expectRepaired)
     {
         const QString before = snapshot();
-        EXPECT_EQ(check(0), 0);
+        EXPECT_EQ(check(0, 3), 3);
         EXPECT_EQ(host.questions.size(), 1);
         EXPECT_EQ(snapshot(), before);
 
-        EXPECT_EQ(check(1), 0);
+        EXPECT_EQ(check(repairMode, 0), 0);
+        if (repairMode == 0) {
+            EXPECT_EQ(host.questions.size(), 1) << "an answer that goes on stands for the rest of the check";
+        }
         EXPECT_FALSE(Diagnostics::instance().ConversionFailed())
             << qPrintable(Diagnostics::instance().lastError().value_or(ErrorReport{}).text);
         catalog->Refresh();
         expectRepaired();
 
-        EXPECT_EQ(check(0), 0);
+        EXPECT_EQ(check(0, 3), 0);
         EXPECT_TRUE(host.questions.isEmpty()) << "a second check finds nothing";
     }
 
@@ -118,6 +133,9 @@ protected:
     ScriptedHost host;
     RecordingProgress progress;
 };
+
+// The fields of the search tables are reported in mode 0, whatever the answer, and repaired in mode 1;
+// everything else is repaired after an answer that goes on.
 
 TEST_P(SchemaCheckTest, AStrayFieldIsAskedAboutOrDroppedWithTheLog)
 {
@@ -127,7 +145,7 @@ TEST_P(SchemaCheckTest, AStrayFieldIsAskedAboutOrDroppedWithTheLog)
     if (GetParam() == DbKind::SQLite) // the key field is no stray, whatever its case
         SD_ASSERT_SQL(testDb(), "ALTER TABLE " + q("FilesSearchData") + " RENAME COLUMN " + q("FileId") + " TO " + q("FILEID"));
 
-    expectAskedOnceThenRepaired([&] { EXPECT_FALSE(GetTableColumn(GetCatalogTable(*catalog, "FilesSearchData"), "Extra")); });
+    expectAskedOnceThenRepaired(1, [&] { EXPECT_FALSE(GetTableColumn(GetCatalogTable(*catalog, "FilesSearchData"), "Extra")); });
     QFile log(logFile);
     ASSERT_TRUE(log.open(QIODevice::ReadOnly | QIODevice::Text));
     const QStringList lines = QString::fromUtf8(log.readAll()).split('\n', Qt::SkipEmptyParts);
@@ -139,7 +157,7 @@ TEST_P(SchemaCheckTest, AStrayFieldIsAskedAboutOrDroppedWithTheLog)
 TEST_P(SchemaCheckTest, AMissingFieldIsAskedAboutOnceOrAdded)
 {
     ASSERT_TRUE(tool.DropColumn(nullptr, *catalog, "FilesSearchData", "Qty"));
-    expectAskedOnceThenRepaired([&] {
+    expectAskedOnceThenRepaired(1, [&] {
         const auto qty = GetTableColumn(GetCatalogTable(*catalog, "FilesSearchData"), "Qty");
         ASSERT_TRUE(qty.has_value());
         EXPECT_EQ(qty->type, adInteger);
@@ -150,7 +168,7 @@ TEST_P(SchemaCheckTest, FieldsOfTheWrongTypeOrSizeAreAskedAboutOrRepairedWithThe
 {
     ASSERT_TRUE(tool.RepairColumn(nullptr, *catalog, "FilesSearchData", text("Customer", 10)));
     ASSERT_TRUE(tool.RepairColumn(nullptr, *catalog, "FilesSearchData", text("Qty", 20)));
-    expectAskedOnceThenRepaired([&] {
+    expectAskedOnceThenRepaired(1, [&] {
         const CatalogTablePtr table = GetCatalogTable(*catalog, "FilesSearchData");
         EXPECT_EQ(GetTableColumn(table, "Customer")->definedSize, 255);
         EXPECT_EQ(GetTableColumn(table, "Qty")->type, adInteger);
@@ -176,14 +194,14 @@ TEST_P(SchemaCheckTest, AMissingUniqueKeyIsAskedAboutOrMade)
     ASSERT_TRUE(tool.CreateTable(nullptr, *catalog, *without));
     SD_ASSERT_SQL(testDb(), "INSERT INTO " + q("FilesSearchData") + " (" + q("FileId") + ") SELECT " + q("FileId") + " FROM " + q("Files"));
 
-    expectAskedOnceThenRepaired([&] { EXPECT_TRUE(GetTableKey(GetCatalogTable(*catalog, "FilesSearchData"), "UK_FilesSearchData")); });
+    expectAskedOnceThenRepaired(0, [&] { EXPECT_TRUE(GetTableKey(GetCatalogTable(*catalog, "FilesSearchData"), "UK_FilesSearchData")); });
 }
 
 TEST_P(SchemaCheckTest, AMissingForeignKeyIsMadeOnceTheRowsThatWouldBreakItAreGone)
 {
     ASSERT_TRUE(tool.DropTableKeys(nullptr, *catalog, "FilesSearchData"));
     SD_ASSERT_SQL(testDb(), "INSERT INTO " + q("FilesSearchData") + " (" + q("FileId") + ") VALUES (999)");
-    expectAskedOnceThenRepaired([&] {
+    expectAskedOnceThenRepaired(0, [&] {
         EXPECT_EQ(rows("FilesSearchData", q("FileId") + " = 999"), 0);
         SD_ASSERT_SQL(testDb(), "DELETE FROM " + q("Files") + " WHERE " + q("FileId") + " = 1");
         EXPECT_EQ(rows("FilesSearchData"), rowCount - 1) << "the key cascades again";
@@ -198,7 +216,7 @@ TEST_P(SchemaCheckTest, MissingRowsAndOrphansAreAskedAboutOrRepaired)
         SD_ASSERT_SQL(testDb(), "INSERT INTO " + q("FilesSearchData") + " (" + q("FileId") + ") VALUES (500)");
         SD_ASSERT_SQL(testDb(), "INSERT INTO " + q("FilesSearchKeywordTags") + " VALUES (501, 'gone')");
     });
-    expectAskedOnceThenRepaired([&] {
+    expectAskedOnceThenRepaired(0, [&] {
         EXPECT_EQ(rows("FilesSearchData"), rowCount);
         EXPECT_EQ(rows("FilesSearchData", q("FileId") + " = 500"), 0);
         EXPECT_EQ(rows("FilesSearchKeywordTags"), 1);
@@ -215,11 +233,11 @@ TEST_P(SchemaCheckTest, APicklistTableWithoutHideEntryOrMissingIsAskedAboutOrMad
     ASSERT_TRUE(GetCatalogTable(*catalog, list));
 
     ASSERT_TRUE(tool.DropColumn(nullptr, *catalog, list, CScPicklist::HideEntry()));
-    expectAskedOnceThenRepaired([&] { EXPECT_TRUE(GetTableColumn(GetCatalogTable(*catalog, list), CScPicklist::HideEntry())); });
+    expectAskedOnceThenRepaired(0, [&] { EXPECT_TRUE(GetTableColumn(GetCatalogTable(*catalog, list), CScPicklist::HideEntry())); });
 
     ASSERT_TRUE(tool.DropTableKeys(nullptr, *catalog, list));
     ASSERT_TRUE(tool.DropTable(nullptr, *catalog, list));
-    expectAskedOnceThenRepaired([&] { EXPECT_TRUE(GetCatalogTable(*catalog, list)); });
+    expectAskedOnceThenRepaired(0, [&] { EXPECT_TRUE(GetCatalogTable(*catalog, list)); });
 }
 
 TEST_P(SchemaCheckTest, ADefinitionTableOfAnEarlierVersionIsAskedAboutOrConverted)
@@ -233,7 +251,7 @@ TEST_P(SchemaCheckTest, ADefinitionTableOfAnEarlierVersionIsAskedAboutOrConverte
     EXPECT_TRUE(host.questions.isEmpty()) << "mode 2 does nothing";
     EXPECT_EQ(snapshot(), before);
 
-    expectAskedOnceThenRepaired([&] {
+    expectAskedOnceThenRepaired(0, [&] {
         EXPECT_FALSE(open()->FilterColumns()->ConvertRequired());
         EXPECT_EQ(open()->FilterColumns()->Count(), 3);
     });
@@ -297,6 +315,31 @@ TEST_P(SchemaCheckTest, AFailedRepairKeepsWhatWasDoneAndTheNextCheckReportsTheRe
     EXPECT_EQ(rows("FilesSearchData"), rowCount);
     EXPECT_EQ(check(0), 0);
     EXPECT_TRUE(host.questions.isEmpty());
+}
+
+TEST_P(SchemaCheckTest, AFailedRepairOfTheDefinitionTableIsPutToTheHost)
+{
+    ASSERT_TRUE(tool.DropColumn(nullptr, *catalog, CFilterColumns::definitionTableName(), "Description"));
+    EXPECT_EQ(check(1, 3, std::make_shared<FailingConversion>()), 3);
+    ASSERT_EQ(host.questions.size(), 1);
+    EXPECT_EQ(host.questions[0].flag, 1);
+    EXPECT_TRUE(Diagnostics::instance().ConversionFailed());
+}
+
+TEST_P(SchemaCheckTest, IndexesAndForeignKeysAreAddedAfterTheAnswerInAnyMode)
+{
+    for (int mode : {0, 2}) {
+        SCOPED_TRACE(mode);
+        ASSERT_TRUE(tool.DropTableKeys(nullptr, *catalog, "FilesSearchData"));
+        SD_ASSERT_SQL(testDb(), "DROP INDEX " + q("IX_FilesSearchKeywordTags"));
+        catalog->Refresh();
+        EXPECT_EQ(check(mode, 0), 0);
+        EXPECT_EQ(host.questions.size(), 1);
+        EXPECT_FALSE(Diagnostics::instance().ConversionFailed());
+        catalog->Refresh();
+        EXPECT_TRUE(GetTableIndex(GetCatalogTable(*catalog, "FilesSearchKeywordTags"), "IX_FilesSearchKeywordTags"));
+        EXPECT_TRUE(GetTableKey(GetCatalogTable(*catalog, "FilesSearchData"), "FK_FilesSearchData_Files"));
+    }
 }
 
 TEST_P(SchemaCheckTest, WithoutColumnsTheCheckStopsAtTheDefinitionTable)
