@@ -82,10 +82,17 @@ using detail::conversionFailed;
 using detail::endsCheck;
 using detail::markConversionFailed;
 
+/// Whether a column's type is one that has storage to check: not undefined, nor a type stored by
+/// another version that this one does not know.
+bool hasStorage(const CFilterColumn& column)
+{
+    return column.ColumnType() >= fcKeyword && column.ColumnType() <= fcNote;
+}
+
 /// Whether a column keeps its values in the search table.
 bool isStandard(const CFilterColumn& column)
 {
-    return column.ColumnType() != fcKeyword && column.ColumnType() != fcUndefined;
+    return hasStorage(column) && column.ColumnType() != fcKeyword;
 }
 
 /// A population check on `progress`, or under a progress runner of its own when there is none.
@@ -190,8 +197,8 @@ int CFilterColumns::CheckForeignKeysAndIndexes(IProgress* progress, int mode, bo
         }
 
         for (const ColumnPtr& column : m_columns) {
-            if (column->ColumnType() == fcUndefined)
-                continue; // it has no storage to check
+            if (!hasStorage(*column))
+                continue;
             const std::shared_ptr<TableStructure> structure = MyStructureDefault(*column, now);
             if (ends(CheckColumn(column.get(), structure.get(), true, mode)) || ends(CheckIndexes(column.get(), structure.get(), true, mode)))
                 return;
@@ -203,7 +210,7 @@ int CFilterColumns::CheckForeignKeysAndIndexes(IProgress* progress, int mode, bo
             return;
 
         for (const ColumnPtr& column : m_columns) {
-            if (column->ColumnType() == fcUndefined)
+            if (!hasStorage(*column))
                 continue;
             const std::shared_ptr<TableStructure> structure = MyStructureDefault(*column, now);
             if (ends(CheckForeignKeys(progress, column.get(), structure.get(), true, mode)))
@@ -234,10 +241,8 @@ int CFilterColumns::ValidateStandardTable(int mode)
         for (const CatalogColumn& field : table->columns) {
             if (TextEquals(field.name, KeyColumnName(), 1))
                 continue;
-            const bool defined = std::any_of(m_columns.cbegin(), m_columns.cend(), [&](const ColumnPtr& c) {
-                return isStandard(*c) && TextEquals(c->Name(), field.name, 1);
-            });
-            if (defined)
+            // A field that a column of any kind or type names may hold its data: it is never a stray.
+            if (indexOfName(field.name) >= 0)
                 continue;
             if (strays.isEmpty() && diagnostics.LogEnabled())
                 diagnostics.LogLine(QStringLiteral("defined field count = ") + QString::number(Count()));

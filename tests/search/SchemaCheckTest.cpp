@@ -154,6 +154,29 @@ TEST_P(SchemaCheckTest, AStrayFieldIsAskedAboutOrDroppedWithTheLog)
     EXPECT_EQ(rows("FilesSearchData", q("Qty") + " = 7"), rowCount);
 }
 
+TEST_P(SchemaCheckTest, AFieldThatAColumnOfAnyKindOrTypeNamesIsNoStray)
+{
+    // A field named like the keyword column, and the fields of columns whose stored type this version
+    // does not know: the undefined type, and one of another version.
+    const QString data = q("FilesSearchData");
+    for (const char* field : {"Tags", "Legacy", "Future"}) {
+        SD_ASSERT_SQL(testDb(), "ALTER TABLE " + data + " ADD COLUMN " + q(field) + " INTEGER");
+        SD_ASSERT_SQL(testDb(), "UPDATE " + data + " SET " + q(field) + " = 5");
+    }
+    auto cols = columns();
+    cols->Add("Legacy", "", "", fcInteger32, 0, false, false);
+    cols->Add("Future", "", "", fcInteger32, 0, false, false);
+    ASSERT_TRUE(cols->ColumnsSave(nullptr));
+    const QString definitions = q(CFilterColumns::definitionTableName());
+    SD_ASSERT_SQL(testDb(), "UPDATE " + definitions + " SET " + q("Type") + " = -1 WHERE " + q("Name") + " = 'Legacy'");
+    SD_ASSERT_SQL(testDb(), "UPDATE " + definitions + " SET " + q("Type") + " = 42 WHERE " + q("Name") + " = 'Future'");
+
+    EXPECT_EQ(check(1), 0);
+    EXPECT_FALSE(Diagnostics::instance().ConversionFailed());
+    for (const char* field : {"Tags", "Legacy", "Future"})
+        EXPECT_EQ(rows("FilesSearchData", q(field) + " = 5"), rowCount) << field;
+}
+
 TEST_P(SchemaCheckTest, AMissingFieldIsAskedAboutOnceOrAdded)
 {
     ASSERT_TRUE(tool.DropColumn(nullptr, *catalog, "FilesSearchData", "Qty"));
