@@ -36,6 +36,15 @@ Result<Value> toNumericType(FilterColumnTypeConstants type, const Value& source)
     }
 }
 
+/// A number as SQL text: a whole number exactly, a single in the shortest decimal form that reads back
+/// as it, so that 1.1f is 1.1, as it was typed, wherever the column's number goes into SQL.
+QString sqlNumberOf(const Value& v)
+{
+    if (v.type() == Value::Type::Int16 || v.type() == Value::Type::Int32)
+        return Dialect::sqlNumber(static_cast<qint64>(v.toInt32().value()));
+    return Dialect::sqlNumber(v.toVariant().toDouble());
+}
+
 Value zeroOf(FilterColumnTypeConstants type)
 {
     switch (type) {
@@ -214,8 +223,7 @@ QString CFilterColumn::SQLDefaultValue(const QDateTime& now) const
     if (m_columnType == fcBoolean)
         return dialect().SqlBoolean(v.toBoolean().valueOr(false));
     if (isNumericType(m_columnType))
-        // SQL wants the C form of a number, whatever the user's locale.
-        return v.toDouble().ok() ? Dialect::sqlNumber(v.toDouble().value()) : QStringLiteral("0");
+        return v.isNumeric() ? sqlNumberOf(v) : QStringLiteral("0");
     if (m_columnType == fcDateTime) {
         const Result<QDateTime> d = v.toDateTime();
         return d ? dialect().SqlDate(d.value()) : QStringLiteral("NULL");
@@ -270,8 +278,7 @@ QString CFilterColumn::SQLPicklistLiteral(const QString& text) const
         return {};
     if (v.type() == Value::Type::Text)
         return v.text();
-    // Through the variant: a single goes out in its shortest decimal form, as it was typed.
-    return Dialect::sqlNumber(v.toVariant().toDouble());
+    return sqlNumberOf(v);
 }
 
 QString CFilterColumn::PicklistTableName() const

@@ -1,4 +1,5 @@
 #include "searchdata/CFilterColumns.h"
+#include "searchdata/CFilterTerms.h"
 #include "searchdata/Diagnostics.h"
 #include "searchdata/ISearchBaseEntry.h"
 #include "searchdata/SchemaTool.h"
@@ -371,6 +372,30 @@ TEST_P(CFilterColumnsTest, OpenSearchTableReadsOrMakesTheRowOfAnEntry)
     EXPECT_EQ(rows("FilesSearchData"), 1);
     mode = 2;
     EXPECT_EQ(cols->OpenSearchTable(&entry, "FilesSearchData", seek, mode, true), nullptr);
+}
+
+TEST_P(CFilterColumnsTest, ASingleDefaultIsOneValueWhereverItIsWritten)
+{
+    auto cols = columns();
+    cols->Add("Grade", "", "", fcSingle, 0, true, false, "1.1");
+    ASSERT_TRUE(cols->ColumnsSave(nullptr)); // a new search table, filled at creation
+
+    // A record that came later gets its row from the population check, another one from its host.
+    const QString base = q("Files");
+    SD_ASSERT_SQL(testDb(), "INSERT INTO " + base + " (" + q("FileId") + ") VALUES (31)");
+    cols = columns();
+    EXPECT_EQ(cols->StartProcessDataReportProgress(nullptr, false, 1, QDateTime::currentDateTime()), 0);
+    SD_ASSERT_SQL(testDb(), "INSERT INTO " + base + " (" + q("FileId") + ") VALUES (32)");
+    struct Entry : ISearchBaseEntry {
+        qint32 Id() const override { return 32; }
+    } entry;
+    EXPECT_TRUE(cols->InitializeSearchData(&entry));
+
+    EXPECT_EQ(testDb().scalar("SELECT COUNT(DISTINCT " + q("Grade") + ") FROM " + q("FilesSearchData")).toInt(), 1);
+    EXPECT_EQ(rows("PicklistFilesGrade"), 1);
+    CFilterTerms terms(cols);
+    terms.Add(kvoCJ_None, "FilesSearchData", "Grade", kvoCC_Numeric, kvoOP_Equals, "1.1");
+    EXPECT_EQ(rows("Files", terms.SQLString()), rowCount + 2);
 }
 
 TEST_P(CFilterColumnsTest, AProcessKilledInTheMiddleOfASaveChangesNothing)
