@@ -108,6 +108,9 @@ public:
     QString ColumnTypeName() const;
     /// What the field takes, for users.
     QString ValidationPrompt() const;
+    /// `value` in the column's own type: a number of its width, a date, a boolean; keyword, text and
+    /// note columns, and types this version does not know, take it as it stands. Null stays Null.
+    Result<Value> InColumnType(const Value& value) const;
     /// The typed default value at the moment `now`.
     Value DefaultValue(const QDateTime& now) const;
     /// The default value as an SQL literal; text defaults are quoted safely.

@@ -25,17 +25,6 @@ bool isNumericType(FilterColumnTypeConstants t)
     return t == fcInteger16 || t == fcInteger32 || t == fcSingle || t == fcDouble;
 }
 
-/// The number `source` converted to the numeric column type `type`; nothing on error.
-Result<Value> toNumericType(FilterColumnTypeConstants type, const Value& source)
-{
-    switch (type) {
-    case fcInteger16: return source.convertTo(Value::Type::Int16);
-    case fcInteger32: return source.convertTo(Value::Type::Int32);
-    case fcSingle: return source.convertTo(Value::Type::Single);
-    default: return source.convertTo(Value::Type::Double);
-    }
-}
-
 /// A number as SQL text: a whole number exactly, a single in the shortest decimal form that reads back
 /// as it, so that 1.1f is 1.1, as it was typed, wherever the column's number goes into SQL.
 QString sqlNumberOf(const Value& v)
@@ -162,7 +151,7 @@ Value CFilterColumn::value() const
     case fcSingle:
     case fcDouble:
         if (box)
-            if (Result<Value> v = toNumericType(m_columnType, Value(box->Text())))
+            if (Result<Value> v = InColumnType(Value(box->Text())))
                 return v.value();
         return zeroOf(m_columnType);
     case fcDateTime:
@@ -179,6 +168,19 @@ Value CFilterColumn::value() const
     }
 }
 
+Result<Value> CFilterColumn::InColumnType(const Value& value) const
+{
+    switch (m_columnType) {
+    case fcInteger16: return value.convertTo(Value::Type::Int16);
+    case fcInteger32: return value.convertTo(Value::Type::Int32);
+    case fcSingle: return value.convertTo(Value::Type::Single);
+    case fcDouble: return value.convertTo(Value::Type::Double);
+    case fcDateTime: return value.convertTo(Value::Type::DateTime);
+    case fcBoolean: return value.convertTo(Value::Type::Boolean);
+    default: return value;
+    }
+}
+
 Value CFilterColumn::DefaultValue(const QDateTime& now) const
 {
     if (m_isPicklist) {
@@ -186,7 +188,7 @@ Value CFilterColumn::DefaultValue(const QDateTime& now) const
         if (isTextType(m_columnType))
             return text;
         if (isNumericType(m_columnType))
-            return toNumericType(m_columnType, Value(NumericPrefix(m_picklistDefault))).valueOr(zeroOf(m_columnType));
+            return InColumnType(Value(NumericPrefix(m_picklistDefault))).valueOr(zeroOf(m_columnType));
         if (m_columnType == fcDateTime) {
             if (Result<QDateTime> d = text.toDateTime())
                 return Value(d.value());
@@ -247,7 +249,7 @@ Value CFilterColumn::SQLFormatPicklistValue(const QString& text) const
                 const Result<double> d = number.toDouble();
                 if (d)
                     result = Value(dialect().numericConversion(ADOFieldType(), Dialect::sqlNumber(d.value())));
-            } else if (Result<Value> typed = toNumericType(m_columnType, number)) {
+            } else if (Result<Value> typed = InColumnType(number)) {
                 result = typed.value();
             }
         } else if (m_columnType == fcDateTime) {

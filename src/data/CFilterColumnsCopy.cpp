@@ -96,16 +96,10 @@ QVariant detail::boundColumnValue(const CFilterColumn& column, const Value& v)
 {
     if (v.isNull())
         return QVariant();
-    Result<Value> typed = Value();
-    switch (column.ColumnType()) {
-    case fcInteger16: typed = v.convertTo(Value::Type::Int16); break;
-    case fcInteger32: typed = v.convertTo(Value::Type::Int32); break;
-    case fcSingle: typed = v.convertTo(Value::Type::Single); break;
-    case fcDouble: typed = v.convertTo(Value::Type::Double); break;
-    case fcDateTime: typed = v.convertTo(Value::Type::DateTime); break;
-    case fcBoolean: typed = v.convertTo(Value::Type::Boolean); break;
-    default: return boundText(v.text());
-    }
+    // Keyword, text and note columns, and types not known here, bind a text.
+    if (column.ColumnType() < fcInteger16 || column.ColumnType() > fcBoolean)
+        return boundText(v.text());
+    const Result<Value> typed = column.InColumnType(v);
     if (!typed)
         fail(QStringLiteral("the value \"%1\" does not fit the column %2: %3").arg(v.text(), column.Name(), typed.error()));
     return typed.value().toVariant();

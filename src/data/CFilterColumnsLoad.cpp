@@ -28,19 +28,9 @@ Value emptyValueOf(FilterColumnTypeConstants type)
 }
 
 /// A stored value in the column's own type: drivers give dates as text and booleans as numbers.
-Value typedValueOf(FilterColumnTypeConstants type, const Value& stored)
+Value typedValueOf(const CFilterColumn& column, const Value& stored)
 {
-    Result<Value> typed = Value();
-    switch (type) {
-    case fcInteger16: typed = stored.convertTo(Value::Type::Int16); break;
-    case fcInteger32: typed = stored.convertTo(Value::Type::Int32); break;
-    case fcSingle: typed = stored.convertTo(Value::Type::Single); break;
-    case fcDouble: typed = stored.convertTo(Value::Type::Double); break;
-    case fcDateTime: typed = stored.convertTo(Value::Type::DateTime); break;
-    case fcBoolean: typed = stored.convertTo(Value::Type::Boolean); break;
-    default: return stored;
-    }
-    return typed ? typed.value() : stored;
+    return column.InColumnType(stored).valueOr(stored);
 }
 
 } // namespace
@@ -94,7 +84,7 @@ void CFilterColumns::GetData(const ISearchBaseEntry* roSource)
             const Value stored = row->field(column->Name());
             if (column->IsPicklist())
                 GetDataPicklist(*column, stored);
-            column->setSavedValue(stored.isNull() ? emptyValueOf(column->ColumnType()) : typedValueOf(column->ColumnType(), stored));
+            column->setSavedValue(stored.isNull() ? emptyValueOf(column->ColumnType()) : typedValueOf(*column, stored));
         }
     });
 }
@@ -146,7 +136,7 @@ void CFilterColumns::GetDataPicklist(CFilterColumn& column, const Value& entryVa
             const bool visible = hidden.isBlank() || !hidden.toBoolean().valueOr(false);
             // A hidden entry stays in the list of a record that already holds it.
             if (visible || (entryHasValue && TextEquals(v.text(), held, 1)))
-                column.SavedKeys().append(typedValueOf(column.ColumnType(), v).text());
+                column.SavedKeys().append(typedValueOf(column, v).text());
         }
     });
 }

@@ -5,11 +5,23 @@
 #include "platform/Guard_p.h"
 #include "searchdata/Profile.h"
 
+#include <QLocale>
+
 namespace searchdata {
 
 namespace {
 
 constexpr char kModule[] = "CFilterColumns";
+
+/// A number of the template, read back as the process locale shows it. The profile holds the C form,
+/// whatever the locale it was written under; a text that is no number stays as it is.
+Value templateNumber(const CFilterColumn& column, const QString& text)
+{
+    bool isCForm = false;
+    const double number = QLocale::c().toDouble(text.trimmed(), &isCForm);
+    const Result<Value> typed = column.InColumnType(isCForm ? Value(number) : Value(text));
+    return typed ? Value(typed.value().text()) : Value(text);
+}
 
 } // namespace
 
@@ -58,7 +70,8 @@ void CFilterColumns::SaveTemplateValueNormal(const CFilterColumn& column)
         break;
     case fcSingle:
     case fcDouble:
-        m_profile->WriteDouble(section, column.Name(), v.toDouble().valueOr(0));
+        // Through the bound form: a single goes out as it was typed, 1.1 and not 1.100000023841858.
+        m_profile->WriteDouble(section, column.Name(), column.InColumnType(v).valueOr(Value(0.0)).toVariant().toDouble());
         break;
     case fcDateTime:
         if (Result<QDateTime> d = v.toDateTime())
@@ -113,7 +126,7 @@ bool CFilterColumns::FetchTemplateValues()
             case fcInteger32:
             case fcSingle:
             case fcDouble:
-                column->setTemplateValue(Value(m_profile->ReadText(section, name, QStringLiteral("0"))));
+                column->setTemplateValue(templateNumber(*column, m_profile->ReadText(section, name, QStringLiteral("0"))));
                 break;
             case fcDateTime: {
                 const Value text(m_profile->ReadText(section, name, QString()));

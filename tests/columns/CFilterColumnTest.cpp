@@ -1,6 +1,7 @@
 #include "searchdata/CFilterColumn.h"
 #include "searchdata/DatabaseHandler.h"
 #include "support/FakeControls.h"
+#include "support/LocaleScope.h"
 
 #include <QSqlDatabase>
 #include <gtest/gtest.h>
@@ -125,10 +126,8 @@ TEST(CFilterColumn, SqlDefaultsAreValidLiteralsOnBothDatabases)
     auto ratio = makeColumn(fcDouble);
     ratio->setIsPicklist(true);
     ratio->setPicklistDefault("2.5");
-    const QLocale saved;
-    QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+    const LocaleScope german(QLocale(QLocale::German, QLocale::Germany));
     EXPECT_EQ(ratio->SQLDefaultValue(kNow), "2.5");
-    QLocale::setDefault(saved);
 }
 
 TEST(CFilterColumn, PicklistValuesAsSql)

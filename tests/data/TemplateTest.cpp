@@ -1,5 +1,6 @@
 #include "searchdata/CFilterColumns.h"
 #include "support/FakeControls.h"
+#include "support/LocaleScope.h"
 #include "support/SearchFixture.h"
 
 using namespace searchdata;
@@ -67,6 +68,33 @@ TEST_P(TemplateTest, TheStoredValuesBecomeTheTemplateAndPasteIntoTheControls)
     EXPECT_EQ(due.text, DateToText(QDateTime(QDate(2003, 7, 4), QTime(0, 0))));
     EXPECT_EQ(done.value, 1);
     EXPECT_EQ(tags.items, QStringList({"red", "blue"}));
+}
+
+TEST_P(TemplateTest, NumbersComeBackTheSameAndInTheFormOfTheLocale)
+{
+    auto cols = columns();
+    cols->Add("Ratio", "", "", fcDouble, 0, false, false);
+    cols->Add("Grade", "", "", fcSingle, 0, false, false);
+    ASSERT_TRUE(cols->ColumnsSave(nullptr));
+    for (const QLocale& locale : {QLocale(QLocale::German, QLocale::Germany), QLocale::c()}) {
+        SCOPED_TRACE(locale.name().toStdString());
+        const LocaleScope scope(locale);
+        search = columns(); // a new collection reads the template anew
+        search->Item("Ratio")->setSavedValue(Value(1.125));
+        search->Item("Grade")->setSavedValue(Value(1.1f));
+        search->SaveTemplate();
+        EXPECT_EQ(counting->ReadText("Files_Template", "Ratio", ""), "1.125");
+        EXPECT_EQ(counting->ReadText("Files_Template", "Grade", ""), "1.1");
+
+        FakeTextBox ratio, grade;
+        search->Item("Ratio")->setMyControl(&ratio);
+        search->Item("Grade")->setMyControl(&grade);
+        search->CopyTemplate();
+        EXPECT_EQ(ratio.text, locale.toString(1.125));
+        EXPECT_EQ(grade.text, locale.toString(1.1));
+        EXPECT_EQ(Value(ratio.text).toDouble().value(), 1.125);
+        EXPECT_EQ(Value(grade.text).toSingle().value(), 1.1f);
+    }
 }
 
 TEST_P(TemplateTest, TwoPastesReadTheProfileOnce)

@@ -1,11 +1,13 @@
 #include "searchdata/AdoTypes.h"
 #include "searchdata/Dialect.h"
+#include "support/LocaleScope.h"
 
 #include <QLocale>
 #include <QSqlError>
 #include <gtest/gtest.h>
 
 using namespace searchdata;
+using searchdata::test::LocaleScope;
 
 namespace {
 
@@ -48,11 +50,9 @@ TEST(Dialect, WritesDatesBooleansAndNumbersIndependentlyOfLocale)
     EXPECT_EQ(postgres().SqlBoolean(true), "TRUE");
     EXPECT_EQ(postgres().SqlBoolean(false), "FALSE");
 
-    const QLocale saved;
-    QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+    const LocaleScope german(QLocale(QLocale::German, QLocale::Germany));
     EXPECT_EQ(Dialect::sqlNumber(1234.5), "1234.5");
     EXPECT_EQ(Dialect::sqlNumber(qint64(-1234567)), "-1234567");
-    QLocale::setDefault(saved);
 }
 
 TEST(Dialect, CreatedTypesReadBackAsTheirCodes)

@@ -1,4 +1,5 @@
 #include "searchdata/Value.h"
+#include "support/LocaleScope.h"
 
 #include <QLocale>
 #include <QVariant>
@@ -19,19 +20,10 @@ static void PrintTo(const Value& v, std::ostream* os)
 } // namespace searchdata
 
 using namespace searchdata;
+using searchdata::test::LocaleScope;
 using Type = Value::Type;
 
 namespace {
-
-/// Switches the process locale for one test and puts the previous one back.
-class LocaleScope {
-public:
-    explicit LocaleScope(const QLocale& locale) { QLocale::setDefault(locale); }
-    ~LocaleScope() { QLocale::setDefault(m_saved); }
-
-private:
-    QLocale m_saved;
-};
 
 const QLocale kGerman(QLocale::German, QLocale::Germany);
 
