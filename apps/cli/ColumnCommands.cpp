@@ -4,9 +4,10 @@
 #include "Commands.h"
 #include "Output.h"
 #include "Session.h"
+#include "searchdata/Resources.h"
+#include "searchdata/Validation.h"
 
 #include <QJsonArray>
-#include <QRegularExpression>
 
 namespace searchdata::cli {
 
@@ -226,9 +227,8 @@ int addColumn(Invocation& inv)
     Session session(inv);
     session.openSearch();
     const QString name = inv.arguments.first().trimmed();
-    static const QRegularExpression namePattern(QStringLiteral("^[\\p{L}\\p{N}_]+$"));
-    if (!namePattern.match(name).hasMatch())
-        usageError(QStringLiteral("\"%1\" is no column name: a name takes letters, digits and _ only").arg(name));
+    if (!ValidColumnName(name))
+        usageError(GetResourceText(9202, {name}));
     if (!inv.has(QStringLiteral("type")))
         usageError(QStringLiteral("--type is required: keyword, text, int16, int32, single, double, datetime, boolean or note"));
     const auto type = parseTypeWord(inv.value(QStringLiteral("type")));

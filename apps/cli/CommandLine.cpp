@@ -51,7 +51,7 @@ int Invocation::intValue(const QString& name, int fallback, int min, int max) co
     bool ok = false;
     const int n = value(name).trimmed().toInt(&ok);
     if (!ok || n < min || n > max)
-        usageError(QStringLiteral("--%1 takes a whole number from %2 to %3, not \"%4\"").arg(name).arg(min).arg(max).arg(value(name)));
+        usageError(QStringLiteral("--%1 takes a whole number from %2 to %3, not \"%4\"").arg(name, QString::number(min), QString::number(max), value(name)));
     return n;
 }
 

@@ -124,7 +124,7 @@ int addEntries(Invocation& inv)
         if (column->SQLFormatPicklistValue(text).isEmpty())
             fail(QStringLiteral("\"%1\" does not fit the column %2: %3").arg(text, column->Name(), column->ValidationPrompt()));
         if (column->ColumnType() == fcText && text.trimmed().size() > column->TextLengthInUI())
-            fail(QStringLiteral("\"%1\" does not fit the column %2: it takes at most %3 characters").arg(text, column->Name()).arg(column->TextLengthInUI()));
+            fail(QStringLiteral("\"%1\" does not fit the column %2: it takes at most %3 characters").arg(text, column->Name(), QString::number(column->TextLengthInUI())));
         // As in the picklist dialog, an entry is one text whatever its capitals.
         const auto same = std::find_if(present.cbegin(), present.cend(), [&](const Entry& e) { return TextEquals(e.text, text.trimmed(), 1); });
         if (same == present.cend() && !additions.contains(text.trimmed(), Qt::CaseInsensitive))

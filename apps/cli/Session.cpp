@@ -147,7 +147,7 @@ RecordEntry Session::record(const QString& idText) const
     if (!rs)
         failWithReason(QStringLiteral("cannot read the table %1").arg(tableName()));
     if (rs->field(QStringLiteral("n")).toInt32().valueOr(0) == 0)
-        fail(QStringLiteral("no record with %1 %2 in %3").arg(m_key).arg(id).arg(tableName()));
+        fail(QStringLiteral("no record with %1 %2 in %3").arg(m_key, QString::number(id), tableName()));
     return RecordEntry(id);
 }
 

@@ -83,7 +83,8 @@ public:
 
     // ---- the columns -----------------------------------------------------------------------------
 
-    /// Adds a column at the end; null when the name is taken (reported).
+    /// Adds a column at the end; null when the name is taken or is no column name (`ValidColumnName`),
+    /// reported.
     ColumnPtr Add(const QString& strName, const QString& strCaption, const QString& strDescription,
                   FilterColumnTypeConstants enmType, qint16 intTextLengthInUI, bool blnIsPicklist,
                   bool blnPicklistAllowBlanks, const QString& strPicklistDefault = {},
@@ -314,7 +315,7 @@ private:
     ColumnPtr addColumn(const QString& name, const QString& caption, const QString& description, FilterColumnTypeConstants type,
                         qint16 textLength, bool isPicklist, bool allowBlanks, const QString& picklistDefault,
                         EFilterColumnDateTimeDefaultModeConstants dateMode, const Value& dateDefault, bool disableEdit,
-                        const QString* mergeName);
+                        const QString* mergeName, bool stored = false);
     int indexOfName(const QString& name) const;
     /// Writes an entry's row with the values that `valueOf` gives (false skips a column), and its keywords.
     bool saveEntry(const ISearchBaseEntry* entry, const std::function<bool(const CFilterColumn&, Value&)>& valueOf, int titleText,

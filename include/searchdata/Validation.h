@@ -21,6 +21,10 @@ bool ValidDate(const QString& text, bool required = false);
 /// Text that reads as a number; a blank never does.
 bool ValidNumber(const QString& text, bool required = false);
 
+/// Whether a text may name a new search column: letters, digits and `_` only, no blank, not empty.
+/// The name becomes the column's field and part of its table names. Stored columns keep their names.
+bool ValidColumnName(const QString& name);
+
 /// How a search column compares in a filter; no column is `kvoCC_Unknown`.
 FilterComparisonClasses ComparisonClassFromColumn(const CFilterColumn* column);
 /// How a field of a base table compares, by its type code; no field, or one that the host did not

@@ -7,6 +7,7 @@
 #include "searchdata/ISearchBaseTable.h"
 #include "searchdata/Resources.h"
 #include "searchdata/SchemaTool.h"
+#include "searchdata/Validation.h"
 
 namespace searchdata {
 
@@ -116,13 +117,16 @@ CFilterColumns::ColumnPtr CFilterColumns::addColumn(const QString& name, const Q
                                                     FilterColumnTypeConstants type, qint16 textLength, bool isPicklist,
                                                     bool allowBlanks, const QString& picklistDefault,
                                                     EFilterColumnDateTimeDefaultModeConstants dateMode, const Value& dateDefault,
-                                                    bool disableEdit, const QString* mergeName)
+                                                    bool disableEdit, const QString* mergeName, bool stored)
 {
     SD_PROC("Add");
     ColumnPtr result;
     SD_GUARDED([&] {
         if (name.trimmed().isEmpty())
             detail::fail(QStringLiteral("a column needs a name"));
+        // A stored column keeps the name it has, whatever an earlier version let through.
+        if (!stored && !ValidColumnName(name))
+            detail::fail(GetResourceText(9202, {name}));
         if (indexOfName(name) >= 0)
             detail::fail(QStringLiteral("the base table %1 has a column %2 already").arg(BaseTableName(), name));
         auto column = std::make_shared<CFilterColumn>();
@@ -374,12 +378,9 @@ void CFilterColumns::ColumnsFetch()
 
             Value merge;
             const bool isMerge = GetOptionalField(*rs, QStringLiteral("MergeName"), merge) && !merge.text().trimmed().isEmpty();
-            if (isMerge)
-                Add(name, caption, description, type, size, isPicklist, allowBlanks, picklistDefault, dateMode, dateDefault,
-                    disableEdit, merge.text());
-            else
-                Add(name, caption, description, type, size, isPicklist, allowBlanks, picklistDefault, dateMode, dateDefault,
-                    disableEdit);
+            const QString mergeName = merge.text();
+            addColumn(name, caption, description, type, size, isPicklist, allowBlanks, picklistDefault, dateMode, dateDefault,
+                      disableEdit, isMerge ? &mergeName : nullptr, true);
         }
     });
 }
@@ -478,6 +479,9 @@ bool CFilterColumns::ColumnSave(IProgress* progress, const ColumnPtr& column, co
     SD_PROC("ColumnSave");
     bool saved = false;
     SD_GUARDED([&] {
+        // A column that is not stored yet may have been renamed since it was added.
+        if (!oldColumn && !ValidColumnName(column->Name()))
+            detail::fail(GetResourceText(9202, {column->Name()}));
         DatabaseHandler& db = *m_handler;
         QString fields, values;
         db.AddInsertPair(fields, values, QStringLiteral("BaseTable"), db.SqlQuote(BaseTableName()));

@@ -97,14 +97,14 @@ void CFilterColumns::GetDataKeyword(const ISearchBaseEntry* roEntry, CFilterColu
         if (!roEntry || !m_handler)
             return;
         // In the order they were stored: the list is the user's, not sorted.
-        const QString select = QStringLiteral("SELECT %1 FROM %2 WHERE %3 ORDER BY %4")
-                                   .arg(m_handler->BracketName(rfc.Name()), m_handler->BracketName(SearchKeyword(&rfc)), QStringLiteral("%1"),
-                                        m_handler->dialect().storageOrder());
+        const QString select = QStringLiteral("SELECT ") + m_handler->BracketName(rfc.Name()) + QStringLiteral(" FROM ")
+                             + m_handler->BracketName(SearchKeyword(&rfc)) + QStringLiteral(" WHERE ");
+        const QString order = QStringLiteral(" ORDER BY ") + m_handler->dialect().storageOrder();
         // The entry's own criteria go as a prepared statement with the key bound.
-        std::unique_ptr<Recordset> rs = strSeek == SearchTableSeekCriteria(roEntry)
-                                            ? m_handler->OpenSqlRecordset(select.arg(BracketedKeyColumnName() + QStringLiteral(" = ?")),
-                                                                          QVariantList{keyValue(*roEntry)})
-                                            : m_handler->OpenSqlRecordset(select.arg(strSeek));
+        std::unique_ptr<Recordset> rs =
+            strSeek == SearchTableSeekCriteria(roEntry)
+                ? m_handler->OpenSqlRecordset(select + BracketedKeyColumnName() + QStringLiteral(" = ?") + order, QVariantList{keyValue(*roEntry)})
+                : m_handler->OpenSqlRecordset(select + strSeek + order);
         if (!rs)
             return;
         for (; !rs->EndOfFile(); rs->MoveNext()) {

@@ -55,6 +55,15 @@ bool ValidNumber(const QString& text, bool required)
     return !text.trimmed().isEmpty() && Value(text).isNumeric();
 }
 
+bool ValidColumnName(const QString& name)
+{
+    if (name.isEmpty())
+        return false;
+    const QList<uint> codePoints = name.toUcs4();
+    return std::all_of(codePoints.cbegin(), codePoints.cend(),
+                       [](uint c) { return c == u'_' || QChar::isLetter(char32_t(c)) || QChar::isDigit(char32_t(c)); });
+}
+
 FilterComparisonClasses ComparisonClassFromColumn(const CFilterColumn* column)
 {
     if (!column)

@@ -50,7 +50,7 @@ QString SchemaSql::column(const StructureColumn& column) const
 {
     const QString type = typeOf(column);
     if (type.isEmpty())
-        fail(QStringLiteral("this database cannot make column %1 of type %2").arg(column.name).arg(column.type));
+        fail(QStringLiteral("this database cannot make column %1 of type %2").arg(column.name, QString::number(column.type)));
     QString sql = m_dialect.BracketName(column.name) + QLatin1Char(' ') + type;
     if (!column.nullable)
         sql += QLatin1String(" NOT NULL");

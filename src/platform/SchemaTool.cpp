@@ -397,7 +397,7 @@ bool SchemaTool::RepairColumn(IProgress* progress, Catalog& catalog, const QStri
             return;
         const QString declared = sql.typeOf(column);
         if (declared.isEmpty())
-            fail(QStringLiteral("this database cannot make column %1 of type %2").arg(column.name).arg(column.type));
+            fail(QStringLiteral("this database cannot make column %1 of type %2").arg(column.name, QString::number(column.type)));
 
         changed = true;
         SchemaChange change(db, isSqlite(db));
@@ -521,7 +521,7 @@ bool SchemaTool::CreateForeignKey(IProgress* progress, Catalog& catalog, const Q
                 if (existing.kind == kkPrimary)
                     fail(QStringLiteral("%1 has the primary key %2 already, and cannot take %3").arg(table->name, existing.name, key.name));
         if (key.kind == kkForeign && key.relatedColumns.size() != key.columns.size())
-            fail(QStringLiteral("foreign key %1 of %2 relates %3 columns to %4").arg(key.name, table->name).arg(key.columns.size()).arg(key.relatedColumns.size()));
+            fail(QStringLiteral("foreign key %1 of %2 relates %3 columns to %4").arg(key.name, table->name, QString::number(key.columns.size()), QString::number(key.relatedColumns.size())));
         checkForeignKeyTarget(catalog, table->name, key, nullptr);
         checkCancelled(progress);
         changed = true;

@@ -167,7 +167,8 @@ void SqliteRebuild::run(const QString& tableName, const SqliteTableChange& chang
     for (const QString& sql : std::as_const(objects))
         execSchemaSql(m_db, sql);
     if (!sequence.isNull())
-        execSchemaSql(m_db, QStringLiteral("UPDATE sqlite_sequence SET seq = MAX(seq, %1) WHERE name = %2").arg(sequence.toLongLong()).arg(d.SqlQuote(name)));
+        execSchemaSql(m_db, QStringLiteral("UPDATE sqlite_sequence SET seq = MAX(seq, ") + QString::number(sequence.toLongLong())
+                                + QStringLiteral(") WHERE name = ") + d.SqlQuote(name));
 
     // Without immediate checks, make sure that the rows still satisfy every foreign key that the
     // change could have touched: the table's own, when keys were added or key columns retyped, and

@@ -94,7 +94,7 @@ bool TableStructure::AddColumn(const QString& name, int adoType, int size, int s
         if (hasColumn(name))
             detail::fail(QStringLiteral("%1 already has a column %2").arg(m_name, name));
         if (!knownType(adoType))
-            detail::fail(QStringLiteral("column %1 of %2 has the unknown type %3").arg(name, m_name).arg(adoType));
+            detail::fail(QStringLiteral("column %1 of %2 has the unknown type %3").arg(name, m_name, QString::number(adoType)));
         if (size < 0 || scale < 0)
             detail::fail(QStringLiteral("column %1 of %2 has a negative size").arg(name, m_name));
         m_columns.append(StructureColumn{name, adoType, size, scale, nullable, hasDefault, defaultText});
@@ -135,7 +135,7 @@ bool TableStructure::addKey(const char* procedure, StructureKey key)
                 detail::fail(QStringLiteral("foreign key %1 of %2 has no related table").arg(key.name, m_name));
             if (key.relatedColumns.size() != key.columns.size())
                 detail::fail(QStringLiteral("foreign key %1 of %2 relates %3 columns to %4")
-                                 .arg(key.name, m_name).arg(key.columns.size()).arg(key.relatedColumns.size()));
+                                 .arg(key.name, m_name, QString::number(key.columns.size()), QString::number(key.relatedColumns.size())));
         }
         m_keys.append(std::move(key));
     }));

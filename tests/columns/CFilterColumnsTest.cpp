@@ -3,6 +3,8 @@
 #include "searchdata/Diagnostics.h"
 #include "searchdata/ISearchBaseEntry.h"
 #include "searchdata/SchemaTool.h"
+#include "searchdata/Resources.h"
+#include "support/FakeControls.h"
 #include "support/SearchFixture.h"
 
 #include <QProcess>
@@ -396,6 +398,66 @@ TEST_P(CFilterColumnsTest, ASingleDefaultIsOneValueWhereverItIsWritten)
     CFilterTerms terms(cols);
     terms.Add(kvoCJ_None, "FilesSearchData", "Grade", kvoCC_Numeric, kvoOP_Equals, "1.1");
     EXPECT_EQ(rows("Files", terms.SQLString()), rowCount + 2);
+}
+
+TEST_P(CFilterColumnsTest, NewColumnNamesTakeLettersDigitsAndUnderscoreOnly)
+{
+    auto cols = columns();
+    EXPECT_EQ(cols->Add("Two words", "", "", fcText, 20, false, false), nullptr);
+    EXPECT_EQ(Diagnostics::instance().lastError().value_or(ErrorReport{}).text, GetResourceText(9202, {"Two words"}));
+    EXPECT_EQ(cols->Count(), 0);
+
+    // Renamed after it was added, before its first save.
+    auto column = cols->Add("Customer", "", "", fcText, 20, false, false);
+    ASSERT_NE(column, nullptr);
+    column->setName("Cust%1");
+    EXPECT_FALSE(cols->ColumnsSave(nullptr));
+    EXPECT_EQ(Diagnostics::instance().lastError().value_or(ErrorReport{}).text, GetResourceText(9202, {"Cust%1"}));
+    EXPECT_TRUE(definedNames().isEmpty());
+}
+
+TEST_P(CFilterColumnsTest, OddNamesAlreadyStoredStillLoadFilterAndSave)
+{
+    // Stored by an earlier version, which let these names through.
+    ASSERT_EQ(columns()->Count(), 0); // makes the definition table
+    const QString definitions = "INSERT INTO " + q(CFilterColumns::definitionTableName()) + " (" + q("BaseTable") + ", " + q("Position")
+                                + ", " + q("Name") + ", " + q("Type") + ", " + q("Size") + ") VALUES ";
+    SD_ASSERT_SQL(testDb(), definitions + "('Files', 1, 'Tag%1', 0, 30)");
+    SD_ASSERT_SQL(testDb(), definitions + "('Files', 2, 'Size %2', 1, 20)");
+    auto cols = columns();
+    ASSERT_EQ(cols->Count(), 2);
+    ASSERT_TRUE(cols->ColumnsSave(nullptr)) << qPrintable(Diagnostics::instance().lastError().value_or(ErrorReport{}).text);
+
+    struct Entry : ISearchBaseEntry {
+        qint32 Id() const override { return 3; }
+    } entry;
+    FakeComboBox tags;
+    tags.items = {"c", "a", "b"};
+    FakeTextBox size;
+    size.text = "XL";
+    cols->Item("Tag%1")->setMyControl(&tags);
+    cols->Item("Size %2")->setMyControl(&size);
+    for (const auto& c : *cols)
+        c->setIsValid(true);
+    ASSERT_TRUE(cols->SaveDataFromEditControl(&entry));
+
+    auto expectLoaded = [&] {
+        auto loaded = columns();
+        loaded->GetData(&entry);
+        EXPECT_EQ(loaded->Item("Tag%1")->SavedKeys(), QStringList({"c", "a", "b"}));
+        EXPECT_EQ(loaded->Item("Size %2")->SavedValue(), Value("XL"));
+        CFilterTerms terms(loaded);
+        terms.Add(kvoCJ_None, "FilesSearchKeywordTag%1", "Tag%1", kvoCC_Keyword, kvoOP_Includes, "a");
+        terms.Add(kvoCJ_And, "FilesSearchData", "Size %2", kvoCC_Text, kvoOP_Equals, "XL");
+        EXPECT_EQ(rows("Files", terms.SQLString()), 1);
+    };
+    expectLoaded();
+
+    // A save of the definitions keeps the columns, their tables and their values.
+    cols = columns();
+    cols->Item("Size %2")->setCaption("Size");
+    ASSERT_TRUE(cols->ColumnsSave(nullptr)) << qPrintable(Diagnostics::instance().lastError().value_or(ErrorReport{}).text);
+    expectLoaded();
 }
 
 TEST_P(CFilterColumnsTest, AProcessKilledInTheMiddleOfASaveChangesNothing)
