@@ -147,6 +147,12 @@ public:
     QString _Template() const { return BaseTableName() + QStringLiteral("_Template"); }
     QString Unknown_(const CFilterColumn* column, int n) const;
     static QString TimeStamp() { return QStringLiteral("TimeStamp"); }
+    /// The field of a keyword table that numbers its rows in the order they were saved, where the
+    /// database's own order of rows does not last (`Dialect::storageOrderLasts`).
+    static QString KeywordOrder() { return QStringLiteral("KeywordOrder"); }
+    /// ORDER BY of a keyword column's rows in the order they were saved. A table of an earlier
+    /// version that lacks `KeywordOrder` is read in the order its rows lie in, until a check adds it.
+    QString KeywordStorageOrder(const CFilterColumn& column) const;
     static QString KVOSearchColumnName(qint16 n) { return QStringLiteral("KVOSearchColumnName%1").arg(n); }
     static QString KVOSearchColumnCaption(qint16 n) { return QStringLiteral("KVOSearchColumnCaption%1").arg(n); }
     static QString KVOSearchColumnDescription(qint16 n) { return QStringLiteral("KVOSearchColumnDescription%1").arg(n); }

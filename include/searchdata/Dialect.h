@@ -55,8 +55,14 @@ public:
     /// " ESCAPE '\'" where LIKE needs it spelled out; blank otherwise.
     QString likeEscapeClause() const;
 
-    /// An ORDER BY expression for the order in which rows were stored.
+    /// An ORDER BY expression for the order in which rows lie in a table.
     QString storageOrder() const;
+    /// Whether `storageOrder` keeps the order in which rows were added: SQLite's rowid does, while
+    /// PostgreSQL puts a new row into the space of deleted ones, so that a table needs a counter of
+    /// its own there (an identity column).
+    bool storageOrderLasts() const { return m_kind == dbkSQLite; }
+    /// What makes a column an identity column, after its type; blank where there is none.
+    QString identityClause() const;
 
     /// True when the error means that another connection holds a lock the statement needs.
     bool isLockError(const QSqlError& error) const;

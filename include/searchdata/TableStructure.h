@@ -22,6 +22,7 @@ struct StructureColumn {
     bool nullable = true;
     bool hasDefault = false;
     QString defaultText;     ///< SQL literal or expression as written: "'abc'", "0", "NULL"
+    bool identity = false;   ///< numbered by the database, in the order the rows are added
     /// For a field of a host's base table: whether users may filter on it. A field of a type that
     /// no comparison suits cannot be filtered whatever this says.
     bool usable = true;
@@ -83,6 +84,9 @@ public:
     /// unknown type code.
     [[nodiscard]] bool AddColumn(const QString& name, int adoType, int size = 0, int scale = 0, bool nullable = true,
                                  bool hasDefault = false, const QString& defaultText = {});
+    /// Adds a required 64-bit column that the database numbers in the order rows are added, where the
+    /// database has such columns (`Dialect::identityClause`).
+    [[nodiscard]] bool AddIdentityColumn(const QString& name);
     /// Marks how users may filter on the column `name` of a host's base table: whether at all, and
     /// under which name (blank for its own). Fails when the structure has no such column.
     [[nodiscard]] bool MarkFilterField(const QString& name, bool usable, const QString& displayName = {});

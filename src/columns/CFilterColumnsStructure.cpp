@@ -28,6 +28,14 @@ QString CFilterColumns::Unknown_(const CFilterColumn* column, int n) const
     return column ? column->Name() + QLatin1Char('_') + QString::number(n) : QStringLiteral("Unknown_%1").arg(n);
 }
 
+QString CFilterColumns::KeywordStorageOrder(const CFilterColumn& column) const
+{
+    const Dialect& d = m_handler ? m_handler->dialect() : Dialect::forKind(dbkSQLite);
+    if (!d.storageOrderLasts() && m_catalog && GetTableColumn(GetCatalogTable(*m_catalog, SearchKeyword(&column)), KeywordOrder()))
+        return d.BracketName(KeywordOrder());
+    return d.storageOrder();
+}
+
 std::shared_ptr<TableStructure> CFilterColumns::MyStructureDefault(const CFilterColumn& column, const QDateTime& timeStamp) const
 {
     SD_PROC("MyStructureDefault");
@@ -64,6 +72,9 @@ std::shared_ptr<TableStructure> CFilterColumns::MyStructureDefault(const CFilter
             return;
         // The filter looks keywords up by value.
         if (keyword && !s->AddIndex(QStringLiteral("IX_") + table, {column.Name()}))
+            return;
+        // A keyword list is read back in the order it was saved.
+        if (keyword && m_handler && !m_handler->dialect().storageOrderLasts() && !s->AddIdentityColumn(KeywordOrder()))
             return;
         if (!s->AddForeignKey(QString(), {key.name}, BaseTableName(), {key.name}, true))
             return;

@@ -36,18 +36,20 @@ bool nothingToCopy(const CFilterColumn& column, const Value& v)
     }
 }
 
-/// The keywords of one entry in one keyword table, in the order they were stored.
-QStringList storedKeys(DatabaseHandler& db, const QString& table, const QString& field, const QString& bracketedKey, const QVariant& key)
+/// The keywords of one entry in the keyword table of `column` of `columns`, in the order they were stored.
+QStringList storedKeys(const CFilterColumns& columns, const CFilterColumn& column, const QVariant& key)
 {
-    std::unique_ptr<Recordset> rs = db.OpenSqlRecordset(QStringLiteral("SELECT %1 FROM %2 WHERE %3 = ? ORDER BY %4")
-                                                            .arg(db.BracketName(field), db.BracketName(table), bracketedKey,
-                                                                 db.dialect().storageOrder()),
+    DatabaseHandler& db = *columns.Handler();
+    const QString table = columns.SearchKeyword(&column);
+    std::unique_ptr<Recordset> rs = db.OpenSqlRecordset(QStringLiteral("SELECT ") + db.BracketName(column.Name()) + QStringLiteral(" FROM ")
+                                                            + db.BracketName(table) + QStringLiteral(" WHERE ") + columns.BracketedKeyColumnName()
+                                                            + QStringLiteral(" = ? ORDER BY ") + columns.KeywordStorageOrder(column),
                                                         QVariantList{key});
     if (!rs)
         detail::fail(QStringLiteral("the keywords of %1 could not be read").arg(table));
     QStringList keys;
     for (; !rs->EndOfFile(); rs->MoveNext()) {
-        const Value v = rs->field(field);
+        const Value v = rs->field(column.Name());
         if (!v.isNull())
             keys.append(v.text());
     }
@@ -331,7 +333,6 @@ bool CFilterColumns::MergeDataKeywordColumns(const ISearchBaseEntry* target, con
         const CFilterColumns& from = *sourceFilter->FilterColumns();
         if (!from.Handler())
             return;
-        DatabaseHandler& sourceDb = *from.Handler();
         DatabaseHandler& db = *m_handler;
         TableTransaction tx(db);
         if (!tx.begun())
@@ -342,12 +343,10 @@ bool CFilterColumns::MergeDataKeywordColumns(const ISearchBaseEntry* target, con
             const ColumnPtr origin = columnNamed(from, column->MergeName());
             if (!origin || origin->ColumnType() != fcKeyword)
                 continue;
-            const QStringList incoming = storedKeys(sourceDb, from.SearchKeyword(origin.get()), origin->Name(),
-                                                    from.BracketedKeyColumnName(), detail::entryKey(from, *source));
+            const QStringList incoming = storedKeys(from, *origin, detail::entryKey(from, *source));
             if (incoming.isEmpty())
                 continue;
-            const QStringList present = storedKeys(db, SearchKeyword(column.get()), column->Name(), BracketedKeyColumnName(),
-                                                   detail::entryKey(*this, *target));
+            const QStringList present = storedKeys(*this, *column, detail::entryKey(*this, *target));
             QStringList added;
             for (const QString& k : incoming)
                 if (const QString key = detail::listForm(*column, k); !present.contains(key) && !added.contains(key))

@@ -99,7 +99,7 @@ void CFilterColumns::GetDataKeyword(const ISearchBaseEntry* roEntry, CFilterColu
         // In the order they were stored: the list is the user's, not sorted.
         const QString select = QStringLiteral("SELECT ") + m_handler->BracketName(rfc.Name()) + QStringLiteral(" FROM ")
                              + m_handler->BracketName(SearchKeyword(&rfc)) + QStringLiteral(" WHERE ");
-        const QString order = QStringLiteral(" ORDER BY ") + m_handler->dialect().storageOrder();
+        const QString order = QStringLiteral(" ORDER BY ") + KeywordStorageOrder(rfc);
         // The entry's own criteria go as a prepared statement with the key bound.
         std::unique_ptr<Recordset> rs =
             strSeek == SearchTableSeekCriteria(roEntry)

@@ -54,6 +54,11 @@ QString SchemaSql::column(const StructureColumn& column) const
     QString sql = m_dialect.BracketName(column.name) + QLatin1Char(' ') + type;
     if (!column.nullable)
         sql += QLatin1String(" NOT NULL");
+    if (column.identity) {
+        if (m_dialect.identityClause().isEmpty())
+            fail(QStringLiteral("this database cannot number column %1 by itself").arg(column.name));
+        sql += m_dialect.identityClause();
+    }
     const QString def = defaultOf(column);
     if (!def.isEmpty())
         sql += QLatin1String(" DEFAULT ") + def;

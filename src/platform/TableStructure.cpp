@@ -114,6 +114,14 @@ bool TableStructure::MarkFilterField(const QString& name, bool usable, const QSt
     }));
 }
 
+bool TableStructure::AddIdentityColumn(const QString& name)
+{
+    if (!AddColumn(name, adBigInt, 0, 0, false))
+        return false;
+    m_columns.last().identity = true;
+    return true;
+}
+
 bool TableStructure::AddIndex(const QString& name, const QStringList& columns, bool unique)
 {
     SD_PROC("AddIndex");

@@ -159,6 +159,31 @@ TEST_P(EntryValuesTest, AnEmptiedKeywordListRemovesAllItsRows)
     EXPECT_EQ(rows("FilesSearchKeywordTags", q("FileId") + " = 7"), 2);
 }
 
+TEST_P(EntryValuesTest, KeywordsReadBackInTheOrderTheyWereSavedWhateverBecameOfTheTable)
+{
+    // Many keywords, every other one deleted, and the space given back for new rows.
+    const QString tags = q("FilesSearchKeywordTags"), tag = q("Tags"), id = q("FileId");
+    for (int file = 1; file <= 30; ++file) {
+        QStringList rows;
+        for (int n = 0; n < 200; ++n)
+            rows << "(" + QString::number(file) + ", 'k" + QString::number(file * 1000 + n) + "')";
+        SD_ASSERT_SQL(testDb(), "INSERT INTO " + tags + " (" + id + ", " + tag + ") VALUES " + rows.join(", "));
+    }
+    SD_ASSERT_SQL(testDb(), "DELETE FROM " + tags + " WHERE CAST(SUBSTR(" + tag + ", 2) AS INTEGER) % 2 = 1");
+    SD_ASSERT_SQL(testDb(), "VACUUM");
+
+    Form form(*search);
+    form.combos["Tags"]->items = {"c", "a", "b"};
+    Entry e(3);
+    ASSERT_TRUE(search->SaveDataFromEditControl(&e));
+    // A table with free space is compacted now and then; PostgreSQL's CLUSTER puts the rows in the
+    // order of an index.
+    if (GetParam() == DbKind::PostgreSQL)
+        SD_ASSERT_SQL(testDb(), "CLUSTER " + tags + " USING " + q("UK_FilesSearchKeywordTags"));
+    search->GetData(&e);
+    EXPECT_EQ(search->Item("Tags")->SavedKeys(), QStringList({"c", "a", "b"}));
+}
+
 TEST_P(EntryValuesTest, AHiddenPicklistValueIsOfferedOnlyToTheRecordThatHoldsIt)
 {
     auto cols = columns();

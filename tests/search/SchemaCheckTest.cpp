@@ -2,6 +2,7 @@
 #include "searchdata/CScPicklist.h"
 #include "searchdata/CSearchFilter.h"
 #include "searchdata/Diagnostics.h"
+#include "searchdata/ISearchBaseEntry.h"
 #include "searchdata/SchemaTool.h"
 #include "search/CheckTestSupport.h"
 #include "support/SearchFixture.h"
@@ -185,6 +186,31 @@ TEST_P(SchemaCheckTest, AMissingFieldIsAskedAboutOnceOrAdded)
         ASSERT_TRUE(qty.has_value());
         EXPECT_EQ(qty->type, adInteger);
     });
+}
+
+TEST_P(SchemaCheckTest, AKeywordTableWithoutItsOrderGetsItWhereTheDatabaseNeedsOne)
+{
+    const auto orderOf = [&] { return GetTableColumn(GetCatalogTable(*catalog, "FilesSearchKeywordTags"), CFilterColumns::KeywordOrder()); };
+    if (GetParam() == DbKind::SQLite) {
+        EXPECT_FALSE(orderOf()) << "SQLite keeps the order of rows by itself";
+        return;
+    }
+    ASSERT_TRUE(orderOf());
+    EXPECT_EQ(orderOf()->type, adBigInt);
+    // A table of an earlier version, whose keywords are still read before a check repairs it.
+    SD_ASSERT_SQL(testDb(), "INSERT INTO " + q("FilesSearchKeywordTags") + " (" + q("FileId") + ", " + q("Tags") + ") VALUES (2, 'z'), (2, 'y')");
+    ASSERT_TRUE(tool.DropColumn(nullptr, *catalog, "FilesSearchKeywordTags", CFilterColumns::KeywordOrder()));
+    struct Entry : ISearchBaseEntry {
+        qint32 Id() const override { return 2; }
+    } entry;
+    auto cols = columns();
+    cols->GetData(&entry);
+    EXPECT_EQ(cols->Item("Tags")->SavedKeys(), QStringList({"z", "y"}));
+
+    expectAskedOnceThenRepaired(1, [&] { EXPECT_TRUE(orderOf()); });
+    cols = columns();
+    cols->GetData(&entry);
+    EXPECT_EQ(cols->Item("Tags")->SavedKeys(), QStringList({"z", "y"}));
 }
 
 TEST_P(SchemaCheckTest, FieldsOfTheWrongTypeOrSizeAreAskedAboutOrRepairedWithTheirValues)
