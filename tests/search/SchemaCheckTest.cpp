@@ -225,6 +225,20 @@ TEST_P(SchemaCheckTest, FieldsOfTheWrongTypeOrSizeAreAskedAboutOrRepairedWithThe
     });
 }
 
+TEST_P(SchemaCheckTest, DefinitionsAreSavedOverASearchTableThatDiffersAndTheCheckRepairsIt)
+{
+    ASSERT_TRUE(tool.RepairColumn(nullptr, *catalog, "FilesSearchData", text("Customer", 10)));
+    auto cols = columns();
+    cols->Item("Customer")->setCaption("Customer name");
+    cols->Add("Note", "", "", fcText, 30, false, false)->setIsNew(true);
+    ASSERT_TRUE(cols->ColumnsSave(nullptr)) << qPrintable(Diagnostics::instance().lastError().value_or(ErrorReport{}).text);
+    EXPECT_EQ(columns()->Item("Customer")->Caption(), "Customer name");
+    EXPECT_TRUE(GetTableColumn(GetCatalogTable(*catalog, "FilesSearchData"), "Note"));
+
+    expectAskedOnceThenRepaired(1, [&] { EXPECT_EQ(GetTableColumn(GetCatalogTable(*catalog, "FilesSearchData"), "Customer")->definedSize, 255); });
+    EXPECT_EQ(rows("FilesSearchData", q("Qty") + " = 7"), rowCount);
+}
+
 TEST_P(SchemaCheckTest, AMissingUniqueKeyIsAskedAboutOrMade)
 {
     // The search table again, as it was but for its unique key.
