@@ -367,14 +367,15 @@ void CFilterColumns::ColumnsFetch()
             const bool hasMode = GetOptionalField(*rs, QStringLiteral("DateTimeDefaultMode"), mode);
             const bool hasDate = GetOptionalField(*rs, QStringLiteral("DateTimeDefaultValue"), dateValue);
             const bool hasDisable = GetOptionalField(*rs, QStringLiteral("DisableEditDateTime"), disable);
-            if (hasMode && hasDate && hasDisable) {
-                dateMode = mode.toInt32().valueOr(0) == fcDTDM_Now ? fcDTDM_Now : fcDTDM_Configure;
-                if (!dateValue.isBlank() && dateValue.isDate())
-                    dateDefault = Value(dateValue.toDateTime().value());
+            // Each field that is there counts; only the missing ones take their defaults.
+            if (hasMode && mode.toInt32().valueOr(0) == fcDTDM_Now)
+                dateMode = fcDTDM_Now;
+            if (hasDate && !dateValue.isBlank() && dateValue.isDate())
+                dateDefault = Value(dateValue.toDateTime().value());
+            if (hasDisable)
                 disableEdit = disable.toBoolean().valueOr(false);
-            } else {
+            if (!hasMode || !hasDate || !hasDisable)
                 m_convertRequired = true;
-            }
 
             Value merge;
             const bool isMerge = GetOptionalField(*rs, QStringLiteral("MergeName"), merge) && !merge.text().trimmed().isEmpty();

@@ -259,6 +259,23 @@ TEST_P(CFilterColumnsTest, DefinitionsOfAnEarlierVersionStillLoad)
     EXPECT_FALSE(cols->Item(1)->IsMergeColumn());
 }
 
+TEST_P(CFilterColumnsTest, ADefinitionTableMissingOneDateFieldKeepsTheOthers)
+{
+    auto cols = columns();
+    cols->Add("Due", "", "", fcDateTime, 0, false, false, {}, fcDTDM_Now);
+    cols->Add("Seen", "", "", fcDateTime, 0, false, false, {}, fcDTDM_Configure, Value(QDateTime(QDate(2003, 7, 4), QTime(0, 0))));
+    ASSERT_TRUE(cols->ColumnsSave(nullptr));
+    ASSERT_TRUE(SchemaTool().DropColumn(nullptr, *catalog, CFilterColumns::definitionTableName(), "DisableEditDateTime"));
+
+    cols = open()->FilterColumns();
+    ASSERT_NE(cols, nullptr);
+    EXPECT_TRUE(cols->ConvertRequired());
+    EXPECT_EQ(cols->Item("Due")->DateTimeDefaultMode(), fcDTDM_Now);
+    EXPECT_FALSE(cols->Item("Due")->DisableEditDateTime());
+    EXPECT_EQ(cols->Item("Seen")->DateTimeDefaultMode(), fcDTDM_Configure);
+    EXPECT_EQ(cols->Item("Seen")->DateTimeDefaultValue(), Value(QDateTime(QDate(2003, 7, 4), QTime(0, 0))));
+}
+
 TEST_P(CFilterColumnsTest, ADateDefaultIsKeptAndNormalised)
 {
     auto cols = columns();
