@@ -56,7 +56,8 @@ public:
     /// operation does not suit the comparison class.
     QString SQLOperator() const;
     /// The compare value as an SQL literal of the class. Blank for classes without one, and when the
-    /// value does not convert to the class (reported to diagnostics), so that the term is left out.
+    /// value does not convert to the class (reported to diagnostics); the filter then puts a false
+    /// predicate in the term's place.
     QString SQLCompareTo() const;
     /// The same value as a positional marker ("?", with the explicit conversion the database needs)
     /// and the value to bind to it; blank, and `value` untouched, when `SQLCompareTo` is blank.

@@ -34,8 +34,10 @@ public:
     /// True when the filter has at least one term.
     bool HasTerms() const override { return !m_terms.isEmpty(); }
     /// `[B].[K] IN (SELECT ...)`: the records whose data meet the terms, to AND into a query that
-    /// has the base table in its FROM clause. Blank without terms, and when every term was left out
-    /// because its operation does not suit its class or its compare value does not convert.
+    /// has the base table in its FROM clause. A term whose operation does not suit its class is left
+    /// out; one whose compare value does not convert to its class matches no record (a false
+    /// predicate stands in its place, reported to diagnostics). Blank without terms, and when every
+    /// term was left out.
     QString SQLString() const override;
     /// The predicate of `SQLString` with the compare values as bound parameters.
     ParameterizedSql SQLStringWithParameters() const;

@@ -11,6 +11,9 @@ namespace {
 
 constexpr char kModule[] = "CFilterTerms";
 
+/// What stands for a term whose compare value does not convert to its class: it matches no record.
+const QString kNoRecord = QStringLiteral("1 = 0");
+
 } // namespace
 
 CFilterTerms::CFilterTerms() = default;
@@ -118,8 +121,10 @@ ParameterizedSql CFilterTerms::build(bool withParameters) const
 
         if (term->ComparisonClass() == kvoCC_Keyword) {
             const QString compareTo = compareValue(*term);
-            if (compareTo.isEmpty())
+            if (compareTo.isEmpty()) {
+                filter += conjunction + kNoRecord;
                 continue;
+            }
             const QString keywordTable = columns.SearchKeyword(term->Column().get());
             filter += conjunction + q + (term->Operation() == kvoOP_Excludes ? QStringLiteral(" NOT") : QString())
                       + QStringLiteral(" IN (SELECT ") + q + QStringLiteral(" FROM ") + d.BracketName(base) + QStringLiteral(", ")
@@ -137,8 +142,12 @@ ParameterizedSql CFilterTerms::build(bool withParameters) const
         QString compareTo;
         if (term->ComparisonClass() != kvoCC_Boolean) {
             compareTo = compareValue(*term);
-            if (compareTo.isEmpty())
+            // The value did not convert (reported): the term selects nothing, and the others keep
+            // their conjunctions.
+            if (compareTo.isEmpty()) {
+                filter += conjunction + kNoRecord;
                 continue;
+            }
         }
         filter += conjunction + term->SQLField() + op + compareTo;
         if (term->Operation() == kvoOP_IsLike || term->Operation() == kvoOP_IsNotLike)

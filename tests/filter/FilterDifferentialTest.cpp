@@ -2,7 +2,8 @@
 // must agree. The evaluation models each engine's comparisons (SQLite: binary text order, LIKE
 // without escape and ignoring ASCII case; PostgreSQL in the C collation: byte order, LIKE with a
 // backslash escape and case-sensitive; a single-precision field compared at single precision where
-// the filter converts the compare value) and SQL's rules for nulls.
+// the filter converts the compare value) and SQL's rules for nulls. A term whose compare value does not
+// convert to its class matches no record.
 
 #include "FilterTestSupport.h"
 
@@ -362,7 +363,8 @@ private:
             {"0.3", 0.3},     {"-0.001", -0.001}, {"100.75", 100.75},  {"1e10", 1e10},     {"  7 ", 7.0},
             {"+3", 3.0},      {"32767", 32767.0}, {"-1.5", -1.5},      {"0.25", 0.25},     {"3.14159", 3.14159},
             {"1125899906842627", 1125899906842627.0}, {"1e300", 1e300}, {"2147483647", 2147483647.0},
-            {"abc", std::nullopt}, {"", std::nullopt}, {"1.5.2", std::nullopt}, {"12abc", std::nullopt},
+            {"abc", std::nullopt}, {"", std::nullopt}, {"1.5.2", std::nullopt}, {"12abc", std::nullopt}, {"n/a", std::nullopt},
+            {"1e999", std::nullopt},
         };
         if (kind == Kind::Integer && chance(0.4)) {
             const int n = pick(-6, 21);
@@ -380,6 +382,7 @@ private:
             {"2003-07-04 12:30:15", QDateTime(QDate(2003, 7, 4), QTime(12, 30, 15))},
             {"1999-12-31 23:59:59", QDateTime(QDate(1999, 12, 31), QTime(23, 59, 59))},
             {"2003-02-30", std::nullopt},
+            {"2003-13-01", std::nullopt},
             {"soon", std::nullopt},
             {"", std::nullopt},
         };
@@ -445,18 +448,28 @@ public:
         return keys;
     }
 
+    /// Whether a term stands in the statement: its operation suits its class.
     bool stands(const TermSpec& t) const
     {
         switch (t.cls) {
         case kvoCC_Keyword: return true;
         case kvoCC_Boolean: return t.op == kvoOP_IsFalse || t.op == kvoOP_IsTrue;
-        case kvoCC_Text:
-            if (t.op == kvoOP_IsLike || t.op == kvoOP_IsNotLike)
-                return !(m_postgres && endsInLoneBackslash(t.compareTo));
-            return t.op >= kvoOP_Equals && t.op <= kvoOP_GreatorOrEqual;
-        case kvoCC_Numeric: return t.op >= kvoOP_Equals && t.op <= kvoOP_GreatorOrEqual && t.number;
-        case kvoCC_Date: return t.op >= kvoOP_Equals && t.op <= kvoOP_GreatorOrEqual && t.date;
+        case kvoCC_Text: return t.op == kvoOP_IsLike || t.op == kvoOP_IsNotLike || (t.op >= kvoOP_Equals && t.op <= kvoOP_GreatorOrEqual);
+        case kvoCC_Numeric:
+        case kvoCC_Date: return t.op >= kvoOP_Equals && t.op <= kvoOP_GreatorOrEqual;
         default: return false;
+        }
+    }
+
+    /// Whether a standing term's compare value converts to its class; one that does not matches no
+    /// record, and the other terms keep their conjunctions.
+    bool converts(const TermSpec& t) const
+    {
+        switch (t.cls) {
+        case kvoCC_Text: return !(m_postgres && (t.op == kvoOP_IsLike || t.op == kvoOP_IsNotLike) && endsInLoneBackslash(t.compareTo));
+        case kvoCC_Numeric: return t.number.has_value();
+        case kvoCC_Date: return t.date.has_value();
+        default: return true;
         }
     }
 
@@ -471,6 +484,8 @@ private:
 
     Tri evaluate(const TermSpec& t, const Record& r) const
     {
+        if (!converts(t))
+            return Tri::False;
         if (t.cls == kvoCC_Keyword) {
             const bool has = r.keywords[t.field].contains(t.compareTo);
             return tri(t.op == kvoOP_Excludes ? !has : has);
@@ -660,7 +675,7 @@ TEST_P(FilterDifferential, RandomFiltersSelectWhatAnIndependentEvaluationSelects
 
     const Model model(records, GetParam() == DbKind::PostgreSQL);
     int failures = 0;
-    int standingTerms = 0, selectedRows = 0;
+    int standingTerms = 0, falseTerms = 0, selectedRows = 0;
     for (int n = 0; n < kFilters && failures < 3; ++n) {
         QList<TermSpec> specs;
         CFilterTerms terms(columns);
@@ -668,6 +683,7 @@ TEST_P(FilterDifferential, RandomFiltersSelectWhatAnIndependentEvaluationSelects
             const TermSpec t = generate.term();
             specs << t;
             standingTerms += model.stands(t);
+            falseTerms += model.stands(t) && !model.converts(t);
             const QString table = t.field < 0 ? kSearchTable
                                   : fields()[t.field].onBase ? kBase
                                   : fields()[t.field].kind == Kind::Keyword ? kBase + "SearchKeyword" + fields()[t.field].name
@@ -695,8 +711,10 @@ TEST_P(FilterDifferential, RandomFiltersSelectWhatAnIndependentEvaluationSelects
                           << (boundRows ? qPrintable(difference(*actual, *boundRows)) : qPrintable("refused: " + db().lastError()));
         }
     }
-    // The filters must not be trivial: most terms stand and rows are both kept and dropped.
+    // The filters must not be trivial: most terms stand, some of them as a value that does not
+    // convert, and rows are both kept and dropped.
     EXPECT_GT(standingTerms, kFilters * 2);
+    EXPECT_GT(falseTerms, kFilters / 4);
     EXPECT_GT(selectedRows, kFilters * 50);
     EXPECT_LT(selectedRows, kFilters * kRecords * 3 / 4);
 }
