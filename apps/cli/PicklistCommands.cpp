@@ -4,7 +4,6 @@
 #include "Output.h"
 #include "Session.h"
 #include "searchdata/CScPicklist.h"
-#include "searchdata/Dialect.h"
 #include "searchdata/PicklistEntries.h"
 
 #include <QJsonArray>
@@ -12,16 +11,6 @@
 namespace searchdata::cli {
 
 namespace {
-
-/// A value of `SQLFormatPicklistValue` as SQL: texts are literals already, numbers go in the C form.
-QString literalOf(const Value& v)
-{
-    if (v.isBlank())
-        return {};
-    if (v.type() == Value::Type::Text)
-        return v.text();
-    return Dialect::sqlNumber(v.toDouble().valueOr(0));
-}
 
 struct Entry {
     QString text;
@@ -46,21 +35,14 @@ QList<Entry> readEntries(Session& session, const CFilterColumn& column, CScPickl
 {
     DatabaseHandler& db = session.db();
     clearLibraryReports();
-    auto rs = db.OpenTableRecordset(picklist.Picklist(), adOpenForwardOnly, adLockReadOnly);
-    if (!rs)
+    const Result<QList<PicklistEntry>> read = ReadPicklistEntries(db, column);
+    if (!read)
         failWithReason(QStringLiteral("cannot read the picklist of %1").arg(column.Name()));
     QList<Entry> entries;
-    for (; !rs->EndOfFile(); rs->MoveNext()) {
-        const Value v = rs->field(column.Name());
-        if (v.isNull())
-            continue;
-        Entry e;
-        e.text = v.text();
-        const Value hidden = rs->field(CScPicklist::HideEntry());
-        e.hidden = !hidden.isBlank() && hidden.toBoolean().valueOr(false);
-        const QString literal = literalOf(column.SQLFormatPicklistValue(e.text));
-        e.used = !literal.isEmpty() && db.RowExists(column.Name(), picklist.DataTable(), literal).valueOr(true);
-        entries.append(e);
+    for (const PicklistEntry& e : read.value()) {
+        const QString literal = column.SQLPicklistLiteral(e.text);
+        const bool used = !literal.isEmpty() && db.RowExists(column.Name(), picklist.DataTable(), literal).valueOr(true);
+        entries.append({e.text, e.hidden, used});
     }
     return entries;
 }

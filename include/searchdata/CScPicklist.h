@@ -111,8 +111,9 @@ public:
 
     // ---- entries -----------------------------------------------------------------------------
 
-    /// Adds the texts that the list lacks, visible, all in one transaction: all or none. Texts that
-    /// are there already, hidden or not, stay as they are; texts that do not fit the type are left out.
+    /// Adds the texts that the list lacks, visible, all in one transaction: a failed insert adds none.
+    /// Texts that are there already, hidden or not, stay as they are; texts that do not fit the type,
+    /// or that cannot be looked for in the list (reported), are left out.
     bool SaveAdditions(const QStringList& entries);
     /// Opens the picklist dialog over `oFI`, if the picklist is set up.
     void Edit(const IFormInfo* oFI);

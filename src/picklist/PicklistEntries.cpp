@@ -1,4 +1,4 @@
-// Hiding, showing and removing marked picklist entries.
+// Reading the entries of a picklist, and hiding, showing and removing marked ones.
 
 #include "searchdata/PicklistEntries.h"
 
@@ -14,17 +14,36 @@ namespace {
 
 constexpr char kModule[] = "PicklistEntries";
 
-/// A value of `SQLFormatPicklistValue` as SQL: texts are literals already, numbers go in the C form.
-QString literalOf(const Value& v)
+/// An entry as an SQL literal that finds its row: a text exactly as the table holds it, blanks
+/// included; a number or a date in the column's own form, whatever the locale and the server's date
+/// style. Blank for a text that is no value of the column.
+QString entryLiteral(const DatabaseHandler& db, const CFilterColumn& column, const QString& entry)
 {
-    if (v.isBlank())
-        return {};
-    if (v.type() == Value::Type::Text)
-        return v.text();
-    return Dialect::sqlNumber(v.toDouble().valueOr(0));
+    const FilterColumnTypeConstants type = column.ColumnType();
+    if (type == fcKeyword || type == fcText || type == fcNote)
+        return db.SqlQuote(entry);
+    return column.SQLPicklistLiteral(entry);
 }
 
 } // namespace
+
+Result<QList<PicklistEntry>> ReadPicklistEntries(DatabaseHandler& db, const CFilterColumn& column)
+{
+    using R = Result<QList<PicklistEntry>>;
+    std::unique_ptr<Recordset> rs = db.OpenTableRecordset(column.PicklistTableName(), adOpenForwardOnly, adLockReadOnly);
+    if (!rs)
+        return R::failure(QStringLiteral("the picklist %1 cannot be read").arg(column.PicklistTableName()));
+    QList<PicklistEntry> entries;
+    for (; !rs->EndOfFile(); rs->MoveNext()) {
+        const Value v = rs->field(column.Name());
+        if (v.isNull())
+            continue;
+        const Value hidden = rs->field(CScPicklist::HideEntry());
+        // Drivers give dates as text and numbers in their own widths: the column's type decides the form.
+        entries.append({column.InColumnType(v).valueOr(v).text(), !hidden.isBlank() && hidden.toBoolean().valueOr(false)});
+    }
+    return entries;
+}
 
 bool HideShowCollection(CScPicklist& picklist, const QStringList& entries, int mode)
 {
@@ -40,12 +59,14 @@ bool HideShowCollection(CScPicklist& picklist, const QStringList& entries, int m
         TableTransaction tx(db, &locked);
         if (!tx.begun())
             return;
-        const QString update = QStringLiteral("UPDATE %1 SET %2 = %3 WHERE %4 = ")
-                                   .arg(db.BracketName(picklist.Picklist()), db.BracketName(CScPicklist::HideEntry()), db.SqlBoolean(hide),
-                                        db.BracketName(column->Name()));
-        for (const QString& entry : entries)
-            if (!db.ExecuteSql(update + db.SqlQuote(entry), &locked))
+        const QString update = QStringLiteral("UPDATE ") + db.BracketName(picklist.Picklist()) + QStringLiteral(" SET ")
+                               + db.BracketName(CScPicklist::HideEntry()) + QStringLiteral(" = ") + db.SqlBoolean(hide) + QStringLiteral(" WHERE ")
+                               + db.BracketName(column->Name()) + QStringLiteral(" = ");
+        for (const QString& entry : entries) {
+            const QString literal = entryLiteral(db, *column, entry);
+            if (!literal.isEmpty() && !db.ExecuteSql(update + literal, &locked))
                 return; // the whole batch is undone
+        }
         done = tx.commit();
     });
     return done;
@@ -67,9 +88,10 @@ QStringList RemovePicklistEntries(CScPicklist& picklist, const QStringList& entr
             kept = entries;
             return;
         }
-        const QString remove = QStringLiteral("DELETE FROM %1 WHERE %2 = ").arg(db.BracketName(picklist.Picklist()), db.BracketName(column->Name()));
+        const QString remove = QStringLiteral("DELETE FROM ") + db.BracketName(picklist.Picklist()) + QStringLiteral(" WHERE ")
+                               + db.BracketName(column->Name()) + QStringLiteral(" = ");
         for (const QString& entry : entries) {
-            const QString literal = literalOf(column->SQLFormatPicklistValue(entry));
+            const QString literal = entryLiteral(db, *column, entry);
             // An entry that stored values use stays: the list must keep offering what records hold.
             const Result<bool> used = literal.isEmpty() ? Result<bool>::failure(QString()) : db.RowExists(column->Name(), picklist.DataTable(), literal);
             if (!used || used.value() || !db.ExecuteSql(remove + literal, &locked))

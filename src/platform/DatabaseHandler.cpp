@@ -2,6 +2,7 @@
 
 #include "platform/Logging_p.h"
 #include "searchdata/Diagnostics.h"
+#include "searchdata/Resources.h"
 #include "searchdata/UiServices.h"
 
 #include <QAtomicInt>
@@ -66,6 +67,11 @@ DatabaseHandler::DatabaseHandler(const QString& connectionName)
         execPlain(QStringLiteral("PRAGMA busy_timeout = 200"));
     } else {
         execPlain(QStringLiteral("SET lock_timeout = 500"));
+        // SqlQuote doubles quotes and leaves backslashes alone, which holds only with this setting on.
+        if (!execPlain(QStringLiteral("SET standard_conforming_strings = on"))) {
+            m_refusal = GetResourceText(9203, {ConnectionString()});
+            reportFailure(QStringLiteral("SET standard_conforming_strings = on"), m_refusal);
+        }
     }
 }
 
@@ -113,12 +119,15 @@ Result<std::shared_ptr<DatabaseHandler>> DatabaseHandler::open(const QString& lo
     }
     auto handler = std::make_shared<DatabaseHandler>(name);
     handler->m_ownsConnection = true;
+    if (!handler->m_refusal.isEmpty())
+        return R::failure(handler->m_refusal);
     return handler;
 }
 
 QSqlDatabase DatabaseHandler::database() const
 {
-    return QSqlDatabase::database(m_connectionName, false);
+    // A refused connection takes no statement.
+    return m_refusal.isEmpty() ? QSqlDatabase::database(m_connectionName, false) : QSqlDatabase();
 }
 
 QString DatabaseHandler::ConnectionString() const
@@ -156,7 +165,7 @@ bool DatabaseHandler::runWithRetry(const QString& sql, const QVariantList* value
 {
     QSqlDatabase db = database();
     if (!db.isOpen()) {
-        reportFailure(sql, QStringLiteral("the database is not open"));
+        reportFailure(sql, m_refusal.isEmpty() ? QStringLiteral("the database is not open") : m_refusal);
         return false;
     }
     // On PostgreSQL a failed statement spoils the whole transaction; a savepoint around each

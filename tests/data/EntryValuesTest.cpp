@@ -209,6 +209,21 @@ TEST_P(EntryValuesTest, AHiddenPicklistValueIsOfferedOnlyToTheRecordThatHoldsIt)
     EXPECT_EQ(cols->Item("Customer")->SavedKeys(), QStringList({"Acme", "Jones"}));
 }
 
+TEST_P(EntryValuesTest, APicklistColumnGetsItsChoicesEvenWhereItsFieldCannotBeTaken)
+{
+    // A picklist column whose field the search table lacks, as another program may have left it.
+    auto colour = search->Add("Colour", "", "", fcText, 20, true, false, "red");
+    ASSERT_NE(colour, nullptr);
+    SD_ASSERT_SQL(testDb(), "CREATE TABLE " + q("PicklistFilesColour") + " (" + q("Colour") + " VARCHAR(255), " + q("HideEntry") + " " +
+                                db().dialect().declaredType(adBoolean, 0) + ")");
+    const QString t = db().SqlBoolean(true), f = db().SqlBoolean(false);
+    SD_ASSERT_SQL(testDb(), "INSERT INTO " + q("PicklistFilesColour") + " VALUES ('red', " + f + "), ('blue', " + f + "), ('grey', " + t + ")");
+    colour->SavedKeys() = {"stale"};
+    Entry e(1);
+    search->GetData(&e);
+    EXPECT_EQ(colour->SavedKeys(), QStringList({"red", "blue"}));
+}
+
 TEST_P(EntryValuesTest, ANewRecordGetsItsRowWithDefaultsAndNoKeywords)
 {
     SD_ASSERT_SQL(testDb(), "INSERT INTO " + q("Files") + " VALUES (100, 'new', " + db().SqlBoolean(false) + ")");

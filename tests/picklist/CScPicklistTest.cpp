@@ -102,6 +102,19 @@ TEST_P(CScPicklistTest, SaveAdditionsAddsAllOrNothing)
     EXPECT_EQ(values(list, "Colour"), QStringList({"blue", "green", "new1", "new2", "red"}));
 }
 
+TEST_P(CScPicklistTest, AnEntryThatCannotBeLookedForIsLeftOutAndTheOthersAreAdded)
+{
+    auto cols = colourPicklist();
+    ASSERT_NE(cols, nullptr);
+    const auto picklist = cols->Item("Colour")->PickList();
+    Diagnostics::instance().clearReports();
+    // Neither database takes a text with a null character in a statement.
+    EXPECT_TRUE(picklist->SaveAdditions({"teal", QString("bad") + QChar(0) + "x", "plum"})) << qPrintable(lastError());
+    EXPECT_EQ(values(list, "Colour"), QStringList({"blue", "green", "plum", "red", "teal"}));
+    EXPECT_GE(Diagnostics::instance().reportCount(), 1);
+    EXPECT_EQ(db().transactionLevel(), 0);
+}
+
 TEST_P(CScPicklistTest, TheDefaultEntryIsMadeOnlyWhenTheSettingsNeedOne)
 {
     auto cols = colourPicklist();

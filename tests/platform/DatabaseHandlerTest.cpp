@@ -55,6 +55,21 @@ TEST_P(DatabaseHandlerTest, QuotedTextsComeBackExactly)
         EXPECT_EQ(rs->field("V").text(), texts[i]) << i;
 }
 
+TEST_P(DatabaseHandlerTest, QuotedTextsComeBackExactlyWhateverTheHostSetItsConnectionTo)
+{
+    // A connection that its host set up its own way, then handed to the library.
+    const auto hosts = testDb().openAnotherConnection();
+    ASSERT_NE(hosts, nullptr);
+    if (GetParam() == DbKind::PostgreSQL) {
+        ASSERT_TRUE(hosts->ExecuteSql("SET standard_conforming_strings = off"));
+    }
+    DatabaseHandler handed(hosts->connectionName());
+    const QString text = "C:\\new\\table\\'s";
+    auto rs = handed.OpenSqlRecordset("SELECT " + handed.SqlQuote(text) + " AS v");
+    ASSERT_NE(rs, nullptr) << qPrintable(handed.lastError());
+    EXPECT_EQ(rs->field("v").text(), text);
+}
+
 TEST_P(DatabaseHandlerTest, OddNamesAreQuotedSafely)
 {
     const QString table = "Odd \"table\" [x]";
