@@ -80,6 +80,8 @@ public:
     /// Hands the host the means to destroy the library's windows when it shuts down; asked each time
     /// the host creates a `CCommon`. Without a window there is nothing to hand.
     virtual void RegisterCleanup() {}
+    /// Tells the user, with a sound and no words, that a key was refused.
+    virtual void Beep() = 0;
 };
 
 /// The services without a window: each request is recorded; questions take their default answer,
@@ -104,6 +106,7 @@ public:
     QSizeF UsableScreenSize() const override { return m_screen; }
     float DialogOffset() const override { return 0; }
     void NotImplementedNotice() override;
+    void Beep() override;
 
     /// Every request so far, one line each ("message: title: text", "locked: title: message", ...).
     const QStringList& requests() const { return m_requests; }

@@ -122,6 +122,11 @@ void HeadlessUiServices::CloseForms()
     m_requests << QStringLiteral("close forms");
 }
 
+void HeadlessUiServices::Beep()
+{
+    m_requests << QStringLiteral("beep");
+}
+
 void HeadlessUiServices::NotImplementedNotice()
 {
     m_requests << QStringLiteral("message information: ") + GetResourceText(9200);

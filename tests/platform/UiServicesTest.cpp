@@ -31,8 +31,9 @@ TEST(HeadlessUiServices, RecordsRequestsAndGivesTheCallersDefault)
     EXPECT_EQ(ui.AskYesNoCancel("Q", "Go on?", Answer::No), Answer::No);
     EXPECT_EQ(ui.AskYesNoCancel("Q", "Go on?", Answer::Cancel), Answer::Cancel);
     EXPECT_EQ(ui.AskOkCancel("Q", "Drop it?", Answer::Ok), Answer::Ok);
-    EXPECT_EQ(ui.requests(),
-              QStringList({"message warning: Title: Text", "question: Q: Go on?", "question: Q: Go on?", "question: Q: Drop it?"}));
+    ui.Beep();
+    EXPECT_EQ(ui.requests(), QStringList({"message warning: Title: Text", "question: Q: Go on?", "question: Q: Go on?",
+                                          "question: Q: Drop it?", "beep"}));
 }
 
 TEST(HeadlessUiServices, BoundsTheWaitForALock)

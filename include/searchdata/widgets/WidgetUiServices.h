@@ -41,6 +41,7 @@ public:
     void ObjectCreated(const QString& typeName, const void* object) override;
     void ObjectDestroyed(const QString& typeName, const void* object) override;
     void RegisterCleanup() override;
+    void Beep() override;
 
     /// The host's clean-up service: it receives the library's clean-up manager each time the host
     /// creates a `CCommon`, and calls its `CleanupForms` when the host closes (the manager's `Key`

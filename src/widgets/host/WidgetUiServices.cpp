@@ -205,4 +205,9 @@ QString WidgetUiServices::ClipboardText() const
     return clipboard ? clipboard->text() : QString();
 }
 
+void WidgetUiServices::Beep()
+{
+    QApplication::beep();
+}
+
 } // namespace searchdata
