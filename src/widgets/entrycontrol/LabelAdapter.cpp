@@ -10,13 +10,14 @@ namespace {
 
 const char kAutoSize[] = "autoSize";
 
+/// The widest word with the blank after it, which keeps a caption's ": " off the value beside it.
 int widestWord(const QLabel* label)
 {
-    static const QRegularExpression blanks(QStringLiteral("\\s+"));
+    static const QRegularExpression word(QStringLiteral("\\S+\\s?"));
     const QFontMetrics metrics(label->font());
     int widest = 0;
-    for (const QString& word : label->text().split(blanks, Qt::SkipEmptyParts))
-        widest = std::max(widest, metrics.horizontalAdvance(word));
+    for (auto it = word.globalMatch(label->text()); it.hasNext();)
+        widest = std::max(widest, metrics.horizontalAdvance(it.next().captured()));
     return widest + 2 * label->margin();
 }
 

@@ -125,6 +125,8 @@ void UKVOSearchPrivate::makeSurface()
         statusPanels[i] = new QLabel(sbrStatus);
         statusPanels[i]->setObjectName(QStringLiteral("sbrStatusPanel_%1").arg(i + 1));
         statusPanels[i]->setMinimumWidth(25);
+        statusPanels[i]->setFrameStyle(QFrame::StyledPanel | QFrame::Sunken);
+        statusPanels[i]->setMargin(1);
         sbrStatus->addWidget(statusPanels[i]);
         statusPanels[i]->hide();
     }
@@ -660,6 +662,7 @@ void UKVOSearch::changeEvent(QEvent* event)
 {
     QWidget::changeEvent(event);
     if (event->type() == QEvent::FontChange) {
+        d->textWidths.clear();
         d->sizeTemplates();
         d->sizeSetup();
     }

@@ -69,7 +69,13 @@ QString UKVOSearchPrivate::sampleText(const CFilterColumn& column) const
 
 float UKVOSearchPrivate::textWidth(const QString& text) const
 {
-    return container ? container->TextWidth(text) : float(QFontMetricsF(q->font()).horizontalAdvance(text));
+    // Arranging asks for the same few sample texts on every resize; measuring text is what costs.
+    const auto known = textWidths.constFind(text);
+    if (known != textWidths.cend())
+        return *known;
+    const float width = container ? container->TextWidth(text) : float(QFontMetricsF(q->font()).horizontalAdvance(text));
+    textWidths.insert(text, width);
+    return width;
 }
 
 void UKVOSearchPrivate::placeRow(QWidget* widget, const CFilterColumn* previous) const
@@ -91,6 +97,7 @@ void UKVOSearchPrivate::placeRow(QWidget* widget, const CFilterColumn* previous)
 void UKVOSearchPrivate::setupBaseControls()
 {
     SD_PROC("SetupBaseControls");
+    textWidths.clear();
     lblEntry->setText(GetResourceText(7392, {columns()->BaseTableName()}));
     lblEntry->resize(lblEntry->sizeHint().width(), lblEntry->height());
 

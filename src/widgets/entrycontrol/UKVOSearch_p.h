@@ -15,6 +15,7 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QHash>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
@@ -137,7 +138,9 @@ public:
     void setupComboItem(CFilterColumn& column);
     void placeRow(QWidget* widget, const CFilterColumn* previous) const;
     QString sampleText(const CFilterColumn& column) const;
+    /// The host's width of `text`, measured once per build of the rows.
     float textWidth(const QString& text) const;
+    mutable QHash<QString, float> textWidths;
 
     // ---- layout ------------------------------------------------------------------------------------
     void sizeSetup();
