@@ -102,6 +102,12 @@ void UKVOSearchPrivate::scheduleControlsUpdate()
     tmrUpdate->start(kUpdateDelayMs);
 }
 
+void UKVOSearchPrivate::valueChanged()
+{
+    setDirty(true);
+    scheduleControlsUpdate();
+}
+
 void UKVOSearchPrivate::testControlsUpdate()
 {
     if (!updatePending)
@@ -454,8 +460,7 @@ void UKVOSearchPrivate::textFieldChange(QLineEdit* box)
             label->setFont(font);
         }
     }
-    setDirty(true);
-    scheduleControlsUpdate();
+    valueChanged();
 }
 
 void UKVOSearchPrivate::noteFieldChange(QPlainTextEdit* box)
@@ -466,8 +471,7 @@ void UKVOSearchPrivate::noteFieldChange(QPlainTextEdit* box)
     if (!column)
         return;
     column->Validate();
-    setDirty(true);
-    scheduleControlsUpdate();
+    valueChanged();
 }
 
 void UKVOSearchPrivate::comboFieldChange(QComboBox* combo)
@@ -488,16 +492,13 @@ void UKVOSearchPrivate::comboViewClick(QComboBox* combo)
     if (!column || !column->IsPicklist() || column->SavedValue().text() == combo->currentText())
         return;
     column->Validate();
-    setDirty(true);
-    scheduleControlsUpdate();
+    valueChanged();
 }
 
 void UKVOSearchPrivate::checkFieldClick(QCheckBox*)
 {
-    if (buildingRows)
-        return;
-    setDirty(true);
-    scheduleControlsUpdate();
+    if (!buildingRows)
+        valueChanged();
 }
 
 // ---- the buttons -------------------------------------------------------------------------------------
@@ -557,20 +558,16 @@ void UKVOSearchPrivate::cmdAddClick(QPushButton* button)
 {
     takeFocus(button);
     const ColumnPtr column = columnOf(button);
-    if (column && column->AddComboText()) {
-        setDirty(true);
-        scheduleControlsUpdate();
-    }
+    if (column && column->AddComboText())
+        valueChanged();
 }
 
 void UKVOSearchPrivate::cmdRemoveClick(QPushButton* button)
 {
     takeFocus(button);
     const ColumnPtr column = columnOf(button);
-    if (column && column->RemoveComboEntry()) {
-        setDirty(true);
-        scheduleControlsUpdate();
-    }
+    if (column && column->RemoveComboEntry())
+        valueChanged();
 }
 
 void UKVOSearchPrivate::cmdNowClick(QPushButton* button)
@@ -582,8 +579,7 @@ void UKVOSearchPrivate::cmdNowClick(QPushButton* button)
     QDateTime now = QDateTime::currentDateTime();
     now.setTime(QTime(now.time().hour(), now.time().minute(), now.time().second()));
     column->MyTextBox()->SetText(DateToText(now));
-    setDirty(true);
-    scheduleControlsUpdate();
+    valueChanged();
 }
 
 void UKVOSearchPrivate::cmdTemplateCopyClick()

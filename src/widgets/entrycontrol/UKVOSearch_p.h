@@ -155,6 +155,8 @@ public:
     // ---- editing -----------------------------------------------------------------------------------
     void setIsEditing(bool value);
     void scheduleControlsUpdate();
+    /// A value of the entry changed: there is something to save, and the buttons must follow.
+    void valueChanged();
     void testControlsUpdate();
     void runControlsUpdate();
     void updateStatus(const QString& text);
