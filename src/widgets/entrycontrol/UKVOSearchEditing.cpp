@@ -11,6 +11,7 @@
 
 #include <QAction>
 #include <QContextMenuEvent>
+#include <QCoreApplication>
 #include <QKeyEvent>
 #include <QMenu>
 #include <QScrollBar>
@@ -50,6 +51,19 @@ int keyOf(const QKeyEvent* event)
     if (characters.isEmpty() || characters.first() < 0x20 || characters.first() == 0x7f)
         return -1;
     return int(characters.first());
+}
+
+/// The paste of a standard edit menu: named so by newer Qt, else known by its text in the
+/// translation context of the widget that made the menu.
+QAction* pasteAction(const QMenu* menu, const char* context)
+{
+    if (auto* named = menu->findChild<QAction*>(QStringLiteral("edit-paste")))
+        return named;
+    const QString paste = QCoreApplication::translate(context, "&Paste");
+    for (QAction* action : menu->actions())
+        if (action->text() == paste || action->text().startsWith(paste + QLatin1Char('\t')))
+            return action;
+    return nullptr;
 }
 
 /// The text of a valid field as its type writes it: "007" becomes "7".
@@ -279,8 +293,8 @@ void UKVOSearchPrivate::connectNoteField(QPlainTextEdit* box)
 
 void UKVOSearchPrivate::connectComboField(QComboBox* combo)
 {
+    // Its line edit has no menu of its own, so its keys are all there is to test.
     combo->installEventFilter(q);
-    combo->lineEdit()->installEventFilter(q);
     QObject::connect(combo, &QComboBox::editTextChanged, q, [this, combo] { comboFieldChange(combo); });
     QObject::connect(combo, &QComboBox::currentIndexChanged, q, [this, combo] { comboFieldChange(combo); });
 }
@@ -371,22 +385,23 @@ bool UKVOSearchPrivate::contextMenu(QWidget* widget, QEvent* event)
     // The standard menu, with its paste judged by the key test on the clipboard's text.
     QWidget* field = nullptr;
     QMenu* menu = nullptr;
+    const char* context = nullptr;
     std::function<void()> paste;
     const QPoint position = static_cast<QContextMenuEvent*>(event)->pos();
-    if (auto* line = qobject_cast<QLineEdit*>(widget)) {
-        field = txtTextField->indexOf(line) >= 0 ? line : line->parentWidget();
-        if (field != line && cboField->indexOf(field) < 0)
-            return false;
+    if (auto* line = qobject_cast<QLineEdit*>(widget); line && txtTextField->indexOf(line) >= 0) {
+        field = line;
         menu = line->createStandardContextMenu();
+        context = "QLineEdit";
         paste = [line] { line->paste(); };
     } else if (auto* note = qobject_cast<QPlainTextEdit*>(widget->parentWidget()); note && txtNoteField->indexOf(note) >= 0) {
         field = note;
         menu = note->createStandardContextMenu(position);
+        context = "QWidgetTextControl";
         paste = [note] { note->paste(); };
     } else {
         return false;
     }
-    if (auto* action = menu->findChild<QAction*>(QStringLiteral("edit-paste"))) {
+    if (QAction* action = pasteAction(menu, context)) {
         QObject::disconnect(action, &QAction::triggered, nullptr, nullptr);
         QObject::connect(action, &QAction::triggered, q, [this, field, paste] {
             if (keyAllowed(field, kKeyPaste))

@@ -3,7 +3,10 @@
 #include "entrycontrol/LinePanel.h"
 #include "searchdata/Resources.h"
 
+#include <QAction>
+#include <QApplication>
 #include <QClipboard>
+#include <QContextMenuEvent>
 #include <QComboBox>
 #include <QElapsedTimer>
 #include <QGuiApplication>
@@ -12,6 +15,7 @@
 #include <QPlainTextEdit>
 #include <QSignalSpy>
 #include <QTest>
+#include <QTimer>
 
 using namespace searchdata;
 using namespace searchdata::test;
@@ -67,7 +71,7 @@ TEST_P(UKVOSearchEditingTest, ABurstOfKeysUpdatesTheButtonsOnceAfterTheLastKey)
     auto* customer = child<QLineEdit>("txtTextField_1");
     focus(customer);
     for (QChar c : QStringLiteral("burs")) {
-        QTest::keyClick(customer, c.toLatin1(), Qt::NoModifier, 40);
+        QTest::keyClick(customer, c.toLatin1(), Qt::NoModifier, 20);
         EXPECT_FALSE(button("cmdApply")->isEnabled()) << "no update while keys come";
     }
     QElapsedTimer sinceLastKey;
@@ -162,6 +166,28 @@ TEST_P(UKVOSearchEditingTest, RefusedKeysBeepAndChangeNothing)
         EXPECT_EQ(text(field), p.expected);
         EXPECT_EQ(beeps() - before, p.beeps);
     }
+
+    // The paste of the context menu is judged the same way.
+    auto* customer = child<QLineEdit>("txtTextField_1");
+    setText(customer, {});
+    QGuiApplication::clipboard()->setText("ends  ");
+    QTimer::singleShot(0, [] {
+        QWidget* menu = nullptr;
+        ASSERT_TRUE(waitFor([&] { return (menu = QApplication::activePopupWidget()) != nullptr; }));
+        QAction* paste = nullptr;
+        for (QAction* action : menu->actions())
+            if (action->text().startsWith(QLineEdit::tr("&Paste")))
+                paste = action;
+        if (paste)
+            paste->trigger();
+        menu->close();
+        ASSERT_NE(paste, nullptr);
+    });
+    const qsizetype before = beeps();
+    QContextMenuEvent event(QContextMenuEvent::Keyboard, QPoint(4, 4), customer->mapToGlobal(QPoint(4, 4)));
+    QApplication::sendEvent(customer, &event);
+    EXPECT_TRUE(customer->text().isEmpty());
+    EXPECT_EQ(beeps() - before, 1);
 }
 
 TEST_P(UKVOSearchEditingTest, LeavingAValidFieldWritesItsValueAsItsTypeDoes)
