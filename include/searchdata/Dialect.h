@@ -52,7 +52,8 @@ public:
     /// (`CAST(7 AS INTEGER)` on PostgreSQL); the literal itself where none is needed.
     QString numericConversion(int adoType, const QString& literal) const;
 
-    /// " ESCAPE '\'" where LIKE needs it spelled out; blank otherwise.
+    /// " ESCAPE '\'", which every LIKE term carries: a backslash makes the next `%`, `_` or backslash
+    /// stand for itself.
     QString likeEscapeClause() const;
 
     /// An ORDER BY expression for the order in which rows lie in a table.

@@ -143,8 +143,7 @@ CFilterTerm::Operand CFilterTerm::compareOperand() const
         if (m_compareTo.contains(QChar(0)))
             detail::fail(QStringLiteral("the compare text of %1 holds a null character").arg(m_field));
         // Wildcards stay as typed; only a pattern that the database would refuse is kept out.
-        if (m_class == kvoCC_Text && isLike(m_operation) && !d.likeEscapeClause().isEmpty()
-            && endsWithLoneEscape(m_compareTo, QLatin1Char('\\')))
+        if (m_class == kvoCC_Text && isLike(m_operation) && endsWithLoneEscape(m_compareTo, QLatin1Char('\\')))
             detail::fail(QStringLiteral("the pattern \"%1\" of %2 ends with the escape character").arg(m_compareTo, m_field));
         // A null text would bind as NULL, which no row equals; the literal is an empty text.
         return {d.SqlQuote(m_compareTo), QStringLiteral("?"), QVariant(m_compareTo.isNull() ? QStringLiteral("") : m_compareTo)};

@@ -199,7 +199,9 @@ QString Dialect::numericConversion(int adoType, const QString& literal) const
 
 QString Dialect::likeEscapeClause() const
 {
-    return m_kind == dbkPostgreSQL ? QStringLiteral(" ESCAPE '\\'") : QString();
+    // Spelled out on every database: SQLite has no escape character of its own, PostgreSQL's may be
+    // set otherwise, and a saved filter must select the same records on either.
+    return QStringLiteral(" ESCAPE '\\'");
 }
 
 QString Dialect::storageOrder() const

@@ -1,9 +1,9 @@
 // Random filters run in the database and evaluated here, on data of every awkward kind: the rows
-// must agree. The evaluation models each engine's comparisons (SQLite: binary text order, LIKE
-// without escape and ignoring ASCII case; PostgreSQL in the C collation: byte order, LIKE with a
-// backslash escape and case-sensitive; a single-precision field compared at single precision where
-// the filter converts the compare value) and SQL's rules for nulls. A term whose compare value does not
-// convert to its class matches no record.
+// must agree. The evaluation models each engine's comparisons (on both, LIKE with a backslash escape;
+// SQLite: binary text order, LIKE ignoring ASCII case; PostgreSQL in the C collation: byte order,
+// LIKE case-sensitive; a single-precision field compared at single precision where the filter
+// converts the compare value) and SQL's rules for nulls. A term whose compare value does not convert
+// to its class, or a pattern that ends in its escape, matches no record.
 
 #include "FilterTestSupport.h"
 
@@ -111,9 +111,9 @@ int threeWay(T a, T b)
     return a < b ? -1 : (b < a ? 1 : 0);
 }
 
-/// LIKE over code points: `%` any run, `_` one character; with `escapes`, a backslash makes the next
-/// character literal; with `foldAscii`, ASCII letters match either case.
-bool likeMatch(const QString& valueText, const QString& patternText, bool escapes, bool foldAscii)
+/// LIKE over code points: `%` any run, `_` one character, a backslash makes the next character
+/// literal; with `foldAscii`, ASCII letters match either case.
+bool likeMatch(const QString& valueText, const QString& patternText, bool foldAscii)
 {
     struct Token {
         enum { Literal, One, Any } type;
@@ -123,7 +123,7 @@ bool likeMatch(const QString& valueText, const QString& patternText, bool escape
     QList<Token> pattern;
     const QList<uint> p = patternText.toUcs4();
     for (qsizetype i = 0; i < p.size(); ++i) {
-        if (escapes && p[i] == '\\' && i + 1 < p.size())
+        if (p[i] == '\\' && i + 1 < p.size())
             pattern.append({Token::Literal, p[++i]});
         else if (p[i] == '%')
             pattern.append({Token::Any, 0});
@@ -332,7 +332,9 @@ private:
         return text;
     }
 
-    /// A pattern made from a stored text: characters turned into `_`, `%` put in, ASCII case changed.
+    /// A pattern made from a stored text: characters turned into `_`, `%` put in, ASCII case changed,
+    /// backslashes put before wildcards that stand for themselves, before backslashes, and before
+    /// letters.
     QString pattern()
     {
         const QList<uint> source = oneOf(m_textPool).toUcs4();
@@ -347,6 +349,8 @@ private:
             char32_t ch = c;
             if (chance(0.2) && ch < 128 && QChar::isLetter(ch))
                 ch ^= 0x20;
+            if (((ch == '%' || ch == '_' || ch == '\\') && chance(0.7)) || chance(0.05))
+                result += '\\';
             result += QString::fromUcs4(&ch, 1);
         }
         if (chance(0.3))
@@ -466,7 +470,7 @@ public:
     bool converts(const TermSpec& t) const
     {
         switch (t.cls) {
-        case kvoCC_Text: return !(m_postgres && (t.op == kvoOP_IsLike || t.op == kvoOP_IsNotLike) && endsInLoneBackslash(t.compareTo));
+        case kvoCC_Text: return !((t.op == kvoOP_IsLike || t.op == kvoOP_IsNotLike) && endsInLoneBackslash(t.compareTo));
         case kvoCC_Numeric: return t.number.has_value();
         case kvoCC_Date: return t.date.has_value();
         default: return true;
@@ -501,7 +505,7 @@ private:
         case kvoCC_Text: {
             const QString& v = std::get<QString>(cell);
             if (t.op == kvoOP_IsLike || t.op == kvoOP_IsNotLike) {
-                const bool like = likeMatch(v, t.compareTo, m_postgres, !m_postgres);
+                const bool like = likeMatch(v, t.compareTo, !m_postgres);
                 return tri(t.op == kvoOP_IsLike ? like : !like);
             }
             return ordered(threeWay(v.toStdString(), t.compareTo.toStdString()), t.op);

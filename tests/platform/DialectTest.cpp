@@ -101,7 +101,7 @@ TEST(Dialect, ConvertsPicklistNumbersOnlyWhereTheServerNeedsIt)
     EXPECT_EQ(postgres().numericConversion(adDouble, "1.5"), "CAST(1.5 AS DOUBLE PRECISION)");
     EXPECT_EQ(sqlite().numericConversion(adInteger, "7"), "7");
     EXPECT_EQ(postgres().likeEscapeClause(), " ESCAPE '\\'");
-    EXPECT_TRUE(sqlite().likeEscapeClause().isEmpty());
+    EXPECT_EQ(sqlite().likeEscapeClause(), " ESCAPE '\\'");
 }
 
 TEST(Dialect, TellsLockErrorsFromOthers)
