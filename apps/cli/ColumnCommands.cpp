@@ -227,8 +227,8 @@ int addColumn(Invocation& inv)
     Session session(inv);
     session.openSearch();
     const QString name = inv.arguments.first().trimmed();
-    if (!ValidColumnName(name))
-        usageError(GetResourceText(9202, {name}));
+    if (const QString refusal = ColumnNameRefusal(name); !refusal.isEmpty())
+        usageError(refusal);
     if (!inv.has(QStringLiteral("type")))
         usageError(QStringLiteral("--type is required: keyword, text, int16, int32, single, double, datetime, boolean or note"));
     const auto type = parseTypeWord(inv.value(QStringLiteral("type")));

@@ -21,9 +21,12 @@ bool ValidDate(const QString& text, bool required = false);
 /// Text that reads as a number; a blank never does.
 bool ValidNumber(const QString& text, bool required = false);
 
-/// Whether a text may name a new search column: letters, digits and `_` only, no blank, not empty.
-/// The name becomes the column's field and part of its table names. Stored columns keep their names.
+/// Whether a text may name a new search column: letters, digits and `_` only, no blank, not empty,
+/// and not the name of the field that numbers the rows of a keyword table. The name becomes the
+/// column's field and part of its table names. Stored columns keep their names.
 bool ValidColumnName(const QString& name);
+/// Why a text may not name a new search column, for users; blank when it may.
+QString ColumnNameRefusal(const QString& name);
 
 /// How a search column compares in a filter; no column is `kvoCC_Unknown`.
 FilterComparisonClasses ComparisonClassFromColumn(const CFilterColumn* column);

@@ -125,8 +125,8 @@ CFilterColumns::ColumnPtr CFilterColumns::addColumn(const QString& name, const Q
         if (name.trimmed().isEmpty())
             detail::fail(QStringLiteral("a column needs a name"));
         // A stored column keeps the name it has, whatever an earlier version let through.
-        if (!stored && !ValidColumnName(name))
-            detail::fail(GetResourceText(9202, {name}));
+        if (const QString refusal = stored ? QString() : ColumnNameRefusal(name); !refusal.isEmpty())
+            detail::fail(refusal);
         if (indexOfName(name) >= 0)
             detail::fail(QStringLiteral("the base table %1 has a column %2 already").arg(BaseTableName(), name));
         auto column = std::make_shared<CFilterColumn>();
@@ -481,8 +481,8 @@ bool CFilterColumns::ColumnSave(IProgress* progress, const ColumnPtr& column, co
     bool saved = false;
     SD_GUARDED([&] {
         // A column that is not stored yet may have been renamed since it was added.
-        if (!oldColumn && !ValidColumnName(column->Name()))
-            detail::fail(GetResourceText(9202, {column->Name()}));
+        if (const QString refusal = oldColumn ? QString() : ColumnNameRefusal(column->Name()); !refusal.isEmpty())
+            detail::fail(refusal);
         DatabaseHandler& db = *m_handler;
         QString fields, values;
         db.AddInsertPair(fields, values, QStringLiteral("BaseTable"), db.SqlQuote(BaseTableName()));

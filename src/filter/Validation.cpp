@@ -2,8 +2,10 @@
 
 #include "searchdata/AdoTypes.h"
 #include "searchdata/CFilterColumn.h"
+#include "searchdata/CFilterColumns.h"
 #include "searchdata/Catalog.h"
 #include "searchdata/ControlInterfaces.h"
+#include "searchdata/Resources.h"
 #include "searchdata/TableStructure.h"
 #include "searchdata/UiServices.h"
 #include "searchdata/Value.h"
@@ -55,13 +57,22 @@ bool ValidNumber(const QString& text, bool required)
     return !text.trimmed().isEmpty() && Value(text).isNumeric();
 }
 
+QString ColumnNameRefusal(const QString& name)
+{
+    const QList<uint> codePoints = name.toUcs4();
+    if (name.isEmpty() || !std::all_of(codePoints.cbegin(), codePoints.cend(), [](uint c) {
+            return c == u'_' || QChar::isLetter(char32_t(c)) || QChar::isDigit(char32_t(c));
+        }))
+        return GetResourceText(9202, {name});
+    // A keyword table numbers its rows in a field of this name, beside the column's own.
+    if (TextEquals(name, CFilterColumns::KeywordOrder(), 1))
+        return GetResourceText(9204, {name});
+    return {};
+}
+
 bool ValidColumnName(const QString& name)
 {
-    if (name.isEmpty())
-        return false;
-    const QList<uint> codePoints = name.toUcs4();
-    return std::all_of(codePoints.cbegin(), codePoints.cend(),
-                       [](uint c) { return c == u'_' || QChar::isLetter(char32_t(c)) || QChar::isDigit(char32_t(c)); });
+    return ColumnNameRefusal(name).isEmpty();
 }
 
 FilterComparisonClasses ComparisonClassFromColumn(const CFilterColumn* column)

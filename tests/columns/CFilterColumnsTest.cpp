@@ -417,20 +417,24 @@ TEST_P(CFilterColumnsTest, ASingleDefaultIsOneValueWhereverItIsWritten)
     EXPECT_EQ(rows("Files", terms.SQLString()), rowCount + 2);
 }
 
-TEST_P(CFilterColumnsTest, NewColumnNamesTakeLettersDigitsAndUnderscoreOnly)
+TEST_P(CFilterColumnsTest, NewColumnNamesTakeLettersDigitsAndUnderscoreOnlyAndNotTheKeywordTablesOwn)
 {
-    auto cols = columns();
-    EXPECT_EQ(cols->Add("Two words", "", "", fcText, 20, false, false), nullptr);
-    EXPECT_EQ(Diagnostics::instance().lastError().value_or(ErrorReport{}).text, GetResourceText(9202, {"Two words"}));
-    EXPECT_EQ(cols->Count(), 0);
+    const std::pair<const char*, int> refused[] = {{"Two words", 9202}, {"Cust%1", 9202}, {"KeywordOrder", 9204}, {"keywordORDER", 9204}};
+    for (const auto& [name, text] : refused) {
+        SCOPED_TRACE(name);
+        auto cols = columns();
+        EXPECT_EQ(cols->Add(name, "", "", fcKeyword, 20, false, false), nullptr);
+        EXPECT_EQ(Diagnostics::instance().lastError().value_or(ErrorReport{}).text, GetResourceText(text, {name}));
+        EXPECT_EQ(cols->Count(), 0);
 
-    // Renamed after it was added, before its first save.
-    auto column = cols->Add("Customer", "", "", fcText, 20, false, false);
-    ASSERT_NE(column, nullptr);
-    column->setName("Cust%1");
-    EXPECT_FALSE(cols->ColumnsSave(nullptr));
-    EXPECT_EQ(Diagnostics::instance().lastError().value_or(ErrorReport{}).text, GetResourceText(9202, {"Cust%1"}));
-    EXPECT_TRUE(definedNames().isEmpty());
+        // Renamed after it was added, before its first save.
+        auto column = cols->Add("Customer", "", "", fcKeyword, 20, false, false);
+        ASSERT_NE(column, nullptr);
+        column->setName(name);
+        EXPECT_FALSE(cols->ColumnsSave(nullptr));
+        EXPECT_EQ(Diagnostics::instance().lastError().value_or(ErrorReport{}).text, GetResourceText(text, {name}));
+        EXPECT_TRUE(definedNames().isEmpty());
+    }
 }
 
 TEST_P(CFilterColumnsTest, OddNamesAlreadyStoredStillLoadFilterAndSave)

@@ -13,12 +13,13 @@ using namespace searchdata::test;
 
 namespace {
 
-TEST(ValidColumnName, LettersDigitsAndUnderscoreOnly)
+TEST(ValidColumnName, LettersDigitsAndUnderscoreOnlyAndNotTheKeywordTablesOwnField)
 {
     const std::pair<QString, bool> cases[] = {
         {"Customer", true},   {"Part_No2", true},   {"_x", true},        {"Größe", true},    {"日本", true},
         {"", false},          {"Two words", false}, {" Lead", false},    {"Tag%1", false},   {"a-b", false},
         {"O'Neil", false},    {"say\"x\"", false},  {"a.b", false},      {"semi;", false},   {"x\ty", false},
+        {"KeywordOrder", false}, {"keywordorder", false}, {"KeywordOrders", true},
     };
     for (const auto& [name, valid] : cases)
         EXPECT_EQ(ValidColumnName(name), valid) << qPrintable(name);

@@ -348,6 +348,9 @@ bool frmColumnEdit::ValidateName()
         ValidateNameWarning(warning);
         return false;
     };
+    // A keyword table numbers its rows in a field of this name; a stored column keeps the name it has.
+    if ((!m_column || m_column->IsNew()) && TextEquals(name, CFilterColumns::KeywordOrder(), 1))
+        return clash(7);
     if (m_columns && m_columns->BaseTable()) {
         for (const CatalogColumn& field : m_columns->BaseTable()->columns) {
             if (TextEquals(field.name, name, 1))
@@ -378,7 +381,7 @@ bool frmColumnEdit::ValidateName()
 
 void frmColumnEdit::ValidateNameWarning(int warning)
 {
-    m_warning = warning >= 1 && warning <= 6 ? warning : 0;
+    m_warning = warning >= 1 && warning <= 7 ? warning : 0;
     if (!m_warning) {
         ui->lblWarning->hide();
         return;

@@ -40,10 +40,11 @@ public:
     QString Column() const;
     /// Shows the controls that the chosen type and picklist setting use, and enables OK.
     void ControlsUpdate();
-    /// Whether the name can be taken: not blank, and neither name nor caption the same as a field of
-    /// the base table or a name or caption of another column. Shows the warning of the first clash.
+    /// Whether the name can be taken: not blank, neither name nor caption the same as a field of the
+    /// base table or a name or caption of another column, and a new column's name no name that the
+    /// search tables keep for themselves. Shows the warning of the first clash.
     bool ValidateName();
-    /// Shows warning 1 to 6 above the field it speaks of (odd: the name, even: the caption); 0 hides it.
+    /// Shows warning 1 to 7 above the field it speaks of (odd: the name, even: the caption); 0 hides it.
     void ValidateNameWarning(int warning);
     /// The warning shown, 0 for none.
     int Warning() const { return m_warning; }

@@ -71,6 +71,7 @@ TEST_P(ColumnEditDialogTest, ANameOrCaptionThatClashesShowsItsWarningAboveItsFie
         {"Code", "Customer", 4},  // the caption is another column's name
         {"client", "", 5},        // the name is another column's caption
         {"Code", "CLIENT", 6},    // another column's caption
+        {"keywordOrder", "", 7},  // the field that numbers a keyword table's rows
         {"Code", "Code of part", 0},
         {"", "", 0},              // blank: no warning, and no OK either
     };
