@@ -6,8 +6,6 @@
 #include "Session.h"
 
 #include <QDir>
-#include <QFile>
-#include <QFileInfo>
 #include <QJsonArray>
 
 namespace searchdata::cli {
@@ -22,16 +20,13 @@ int importBlock(Invocation& inv)
     if (!session.search()->Exists())
         fail(QStringLiteral("%1 has no search columns").arg(session.tableName()));
     const QString path = inv.arguments.first();
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        fail(QStringLiteral("cannot read %1: %2").arg(path, file.errorString()));
-    const QByteArray data = file.readAll();
     const QString logFolder = inv.value(QStringLiteral("log-folder"));
     if (!logFolder.isEmpty() && !QDir().mkpath(logFolder))
         fail(QStringLiteral("cannot make the folder %1 for the error log").arg(logFolder));
     clearLibraryReports();
-    const DataBlockImport result = session.search()->AnalyzeDataBlock(QFileInfo(file).lastModified(), QFileInfo(path).absoluteFilePath(),
-                                                                      &entry, data, logFolder);
+    const DataBlockImport result = session.search()->ImportDataBlockFile(path, &entry, logFolder);
+    if (!result.refused.isEmpty())
+        fail(result.refused);
     if (!result.imported && result.errors == 0)
         fail(QStringLiteral("%1 holds no search data block (between \"Begin Search Data\" and \"End Search Data\")").arg(path));
     if (result.imported && !result.written)

@@ -141,6 +141,11 @@ public:
     /// file; the other lines are imported all the same.
     DataBlockImport AnalyzeDataBlock(const QDateTime& dtmTimestamp, const QString& strSourceFile, const ISearchBaseEntry* dflThis,
                                      const QByteArray& baData, const QString& strLogFolder = {});
+    /// The same with the data block of the file `strPath`, read a line at a time up to its end marker,
+    /// so that a file of any size takes little memory; its time of change is the timestamp. A file
+    /// that is not a regular one (a pipe, a device), or whose lines are far too long for a block, is
+    /// refused (`DataBlockImport::refused`) and nothing is written.
+    DataBlockImport ImportDataBlockFile(const QString& strPath, const ISearchBaseEntry* dflThis, const QString& strLogFolder = {});
     /// Imports values from fields of another table. `kvoTLImportInitialize` adds a column for each
     /// field whose name has none and whose type a column can take; `kvoTLImportData` writes the
     /// fields' present values into the record; `kvoTLImportCleanup` does nothing. False on failure.

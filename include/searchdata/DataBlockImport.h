@@ -14,6 +14,9 @@ struct DataBlockImport {
     int errors = 0;
     /// The error log, when one was written; blank otherwise.
     QString logFile;
+    /// Why the block was not read to its end, and so nothing was written: a file that is no regular
+    /// file, a line far too long for a block, a read that failed. Blank when it was read.
+    QString refused;
 };
 
 } // namespace searchdata

@@ -7,7 +7,9 @@
 #include "searchdata/CFilterColumns.h"
 #include "searchdata/CSearchFilter.h"
 #include "searchdata/ISearchBaseEntry.h"
+#include "searchdata/Resources.h"
 
+#include <QBuffer>
 #include <QDir>
 #include <QFileInfo>
 #include <QStringDecoder>
@@ -111,39 +113,126 @@ private:
 
 } // namespace
 
-QString DataBlockText(const QByteArray& data)
+bool DataBlockLines::fill()
 {
-    QStringDecoder utf8(QStringDecoder::Utf8);
-    QString text = utf8(data);
-    if (utf8.hasError())
-        text = QString::fromLatin1(data);
-    // No text of a block holds a NUL (PostgreSQL refuses one in any text, and SQL text ends at it)
-    // or a byte order mark (SQLite drops one that starts a bound text, and the value would no longer
-    // be the one its picklist was given).
+    if (m_atEnd)
+        return false;
+    // What was read is let go; a line in the making moves to the front.
+    m_buffer.remove(0, m_position);
+    m_position = 0;
+    constexpr qint64 kChunk = 64 * 1024;
+    const qsizetype held = m_buffer.size();
+    m_buffer.resize(held + kChunk);
+    const qint64 got = m_device.read(m_buffer.data() + held, kChunk);
+    m_buffer.resize(held + std::max<qint64>(got, 0));
+    if (got < 0)
+        m_readError = m_device.errorString();
+    if (got <= 0)
+        m_atEnd = true;
+    return got > 0;
+}
+
+bool DataBlockLines::next(QByteArray& line)
+{
+    if (m_tooLong || !m_readError.isEmpty())
+        return false;
+    for (;;) {
+        const char* const data = m_buffer.constData();
+        const qsizetype size = m_buffer.size();
+        // Past the line ends, counting them: a carriage return and line feed is one.
+        while (m_position < size && (data[m_position] == '\r' || data[m_position] == '\n')) {
+            const char c = data[m_position++];
+            if (!(c == '\n' && m_lastEnd == '\r'))
+                ++m_lineNumber;
+            m_lastEnd = c;
+        }
+        qsizetype end = m_position;
+        while (end < size && data[end] != '\r' && data[end] != '\n')
+            ++end;
+        if (end - m_position > kMaxLineBytes) {
+            m_tooLong = true;
+            ++m_lineNumber;
+            return false;
+        }
+        if (end < size) {
+            line = m_buffer.mid(m_position, end - m_position);
+            m_position = end;
+            m_lastEnd = 0;
+            return true;
+        }
+        // A line without its end yet: more is read, or, at the end, it is no line.
+        if (!fill())
+            return false;
+    }
+}
+
+namespace {
+
+// No text of a block holds a NUL (PostgreSQL refuses one in any text, and SQL text ends at it) or a
+// byte order mark (SQLite drops one that starts a bound text, and the value would no longer be the
+// one its picklist was given).
+QString withoutNulsAndMarks(QString text)
+{
     text.remove(QChar(u'\0'));
     text.remove(QChar(0xFEFF));
     return text;
 }
 
-QStringList DataBlockToStringCollection(const QByteArray& data)
+/// Why a block could not be read to its end.
+QString refusalOf(const DataBlockLines& lines, const QString& source)
 {
-    // Line ends are single bytes in both encodings, so the lines of the text are those of the bytes.
-    const QString text = DataBlockText(data);
-    QStringList lines;
-    qsizetype start = 0;
-    bool inLineEnd = false;
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        const bool end = text[i] == u'\r' || text[i] == u'\n';
-        if (end && !inLineEnd) {
-            if (start < i)
-                lines.append(text.mid(start, i - start));
-            inLineEnd = true;
-        } else if (!end && inLineEnd) {
-            start = i;
-            inLineEnd = false;
+    if (lines.tooLong())
+        return GetResourceText(9206, {source, QString::number(lines.lineNumber()), QString::number(DataBlockLines::kMaxLineBytes)});
+    return GetResourceText(9207, {source, lines.readError()});
+}
+
+} // namespace
+
+QString DataBlockLineText(const QByteArray& line, bool utf8)
+{
+    return withoutNulsAndMarks(utf8 ? QString::fromUtf8(line) : QString::fromLatin1(line));
+}
+
+std::optional<bool> DataBlockIsUtf8(QIODevice& device, bool toEndMarker, const QString& source, QString& refused)
+{
+    const qint64 start = device.pos();
+    DataBlockLines lines(device);
+    QStringDecoder utf8(QStringDecoder::Utf8);
+    QByteArray line;
+    bool valid = true;
+    bool begun = false;
+    while (valid && lines.next(line)) {
+        const QString text = withoutNulsAndMarks(utf8(line));
+        valid = !utf8.hasError();
+        if (toEndMarker && valid) {
+            if (begun && TestTextIsMatch(text, kEnd))
+                break;
+            begun = begun || TestTextIsMatch(text, kBegin);
         }
     }
-    // What follows the last line end is no line.
+    if (lines.tooLong() || !lines.readError().isEmpty()) {
+        refused = refusalOf(lines, source);
+        return std::nullopt;
+    }
+    if (!device.seek(start)) {
+        refused = GetResourceText(9207, {source, device.errorString()});
+        return std::nullopt;
+    }
+    return valid;
+}
+
+QStringList DataBlockToStringCollection(const QByteArray& data)
+{
+    QBuffer buffer;
+    buffer.setData(data);
+    buffer.open(QIODevice::ReadOnly);
+    QString refused;
+    const std::optional<bool> utf8 = DataBlockIsUtf8(buffer, false, QString(), refused);
+    QStringList lines;
+    DataBlockLines reader(buffer);
+    QByteArray line;
+    while (utf8 && reader.next(line))
+        lines.append(DataBlockLineText(line, *utf8));
     return lines;
 }
 
@@ -277,10 +366,15 @@ std::unique_ptr<QFile> CreateErrorLog(const QString& sourceFile, const QDateTime
     return result;
 }
 
-DataBlockReading ReadDataBlock(CFilterColumns& columns, const QByteArray& data, const std::function<void(const QString&)>& onError)
+DataBlockReading ReadDataBlock(CFilterColumns& columns, QIODevice& device, const QString& source,
+                               const std::function<void(const QString&)>& onError)
 {
     DataBlockReading reading;
-    const QStringList lines = DataBlockToStringCollection(data);
+    const std::optional<bool> utf8 = DataBlockIsUtf8(device, true, source, reading.refused);
+    if (!utf8)
+        return reading;
+    DataBlockLines lines(device);
+    QByteArray bytes;
     auto save = [&](CFilterColumn* column, const ParsedValue& value) {
         if (SaveField(column, value))
             reading.named.insert(column);
@@ -289,7 +383,8 @@ DataBlockReading ReadDataBlock(CFilterColumns& columns, const QByteArray& data, 
     CFilterColumns::ColumnPtr note; // named, its text not yet saved
     bool inNote = false;
     QString noteText;
-    for (const QString& line : lines) {
+    while (lines.next(bytes)) {
+        const QString line = DataBlockLineText(bytes, *utf8);
         if (!begun) {
             begun = TestTextIsMatch(line, kBegin);
             continue;
@@ -320,9 +415,12 @@ DataBlockReading ReadDataBlock(CFilterColumns& columns, const QByteArray& data, 
             } else if (!ParseLine(line, name, value)) {
                 error = unsplittableNoteLine(line, *note);
             } else if (TextEquals(name, kLine, 1)) {
-                if (!noteText.isEmpty())
-                    noteText += kCrLf;
-                noteText += value;
+                // A text already too long for its field grows no further: it is refused at its end.
+                if (noteText.size() <= note->TextLengthInDB()) {
+                    if (!noteText.isEmpty())
+                        noteText += kCrLf;
+                    noteText += value;
+                }
             } else {
                 error = notANoteLine(line, *note, name);
             }
@@ -350,11 +448,21 @@ DataBlockReading ReadDataBlock(CFilterColumns& columns, const QByteArray& data, 
                 onError(error);
         }
     }
+    if (lines.tooLong() || !lines.readError().isEmpty())
+        reading.refused = refusalOf(lines, source);
     return reading;
 }
 
+DataBlockReading ReadDataBlock(CFilterColumns& columns, const QByteArray& data, const std::function<void(const QString&)>& onError)
+{
+    QBuffer buffer;
+    buffer.setData(data);
+    buffer.open(QIODevice::ReadOnly);
+    return ReadDataBlock(columns, buffer, QString(), onError);
+}
+
 DataBlockImport AnalyzeDataBlock(CSearchFilter* filter, const QDateTime& timestamp, const QString& sourceFile,
-                                 const ISearchBaseEntry* entry, const QByteArray& data, const QString& logFolder)
+                                 const ISearchBaseEntry* entry, QIODevice& device, const QString& logFolder)
 {
     DataBlockImport outcome;
     if (!filter || !entry || !filter->FilterColumns() || filter->FilterColumns()->Count() == 0)
@@ -365,14 +473,49 @@ DataBlockImport AnalyzeDataBlock(CSearchFilter* filter, const QDateTime& timesta
         CFilterColumns& columns = *filter->FilterColumns();
         // What the block does not name keeps its present value.
         columns.GetData(entry);
-        const DataBlockReading reading = ReadDataBlock(columns, data, [&log](const QString& error) { log.write(error); });
+        const DataBlockReading reading =
+            ReadDataBlock(columns, device, sourceFile, [&log](const QString& error) { log.write(error); });
         outcome.errors = reading.errors;
+        if (!reading.refused.isEmpty()) {
+            outcome.refused = reading.refused;
+            fail(reading.refused);
+        }
         outcome.imported = !reading.named.isEmpty();
         if (outcome.imported)
             outcome.written = writeEntryValues(columns, *entry, &reading.named);
     });
     outcome.logFile = log.fileName();
     return outcome;
+}
+
+DataBlockImport AnalyzeDataBlock(CSearchFilter* filter, const QDateTime& timestamp, const QString& sourceFile,
+                                 const ISearchBaseEntry* entry, const QByteArray& data, const QString& logFolder)
+{
+    QBuffer buffer;
+    buffer.setData(data);
+    buffer.open(QIODevice::ReadOnly);
+    return AnalyzeDataBlock(filter, timestamp, sourceFile, entry, buffer, logFolder);
+}
+
+DataBlockImport ImportDataBlockFile(CSearchFilter* filter, const QString& path, const ISearchBaseEntry* entry, const QString& logFolder)
+{
+    SD_PROC("ImportDataBlockFile");
+    DataBlockImport refused;
+    auto refuse = [&](const QString& why) {
+        refused.refused = why;
+        reportFailure(sd_proc_scope, 0, why, __LINE__);
+        return refused;
+    };
+    // A pipe or a device would be waited on, or read, for ever: only a file that ends is read.
+    const QFileInfo info(path);
+    if (info.exists() && !info.isFile())
+        return refuse(GetResourceText(9205, {path}));
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return refuse(GetResourceText(9207, {path, file.errorString()}));
+    if (file.isSequential())
+        return refuse(GetResourceText(9205, {path}));
+    return AnalyzeDataBlock(filter, info.lastModified(), info.absoluteFilePath(), entry, file, logFolder);
 }
 
 } // namespace searchdata::detail

@@ -12,6 +12,9 @@
 #include <QStringList>
 #include <functional>
 #include <memory>
+#include <optional>
+
+class QIODevice;
 
 namespace searchdata {
 class CFilterColumn;
@@ -22,12 +25,48 @@ class ISearchBaseEntry;
 
 namespace searchdata::detail {
 
-/// The text of a block: UTF-8 when the bytes are valid UTF-8, else Latin-1, so that blocks of older
-/// and newer writers both read. NUL characters and byte order marks are dropped.
-QString DataBlockText(const QByteArray& data);
+/// The lines of a block, read from a device one at a time so that a file of any size takes little
+/// memory. Any run of carriage returns and line feeds ends a line, so there are no empty lines; text
+/// after the last line end is no line. A line longer than `kMaxLineBytes` ends the reading.
+class DataBlockLines {
+public:
+    /// Far more than any line of a block holds (a note line, a list of keywords of 255 characters
+    /// each), and little enough to hold in memory.
+    static constexpr qsizetype kMaxLineBytes = 64 * 1024;
 
-/// The lines of a block. Any run of carriage returns and line feeds ends a line, so there are no
-/// empty lines; text after the last line end is no line.
+    explicit DataBlockLines(QIODevice& device) : m_device(device) {}
+    /// The bytes of the next line; false at the end, or when reading failed (`tooLong`, `readError`).
+    bool next(QByteArray& line);
+    /// The number of the line last read, counting every line end of the text.
+    int lineNumber() const { return m_lineNumber; }
+    /// Whether reading stopped at a line longer than `kMaxLineBytes`.
+    bool tooLong() const { return m_tooLong; }
+    /// Why the device could not be read; blank when it could.
+    const QString& readError() const { return m_readError; }
+
+private:
+    bool fill();
+
+    QIODevice& m_device;
+    QByteArray m_buffer;
+    qsizetype m_position = 0;
+    bool m_atEnd = false;
+    bool m_tooLong = false;
+    QString m_readError;
+    int m_lineNumber = 0;
+    char m_lastEnd = 0; // the line end byte met last, so that a carriage return and line feed count once
+};
+
+/// The text of a line: UTF-8 or Latin-1, without NUL characters and byte order marks.
+QString DataBlockLineText(const QByteArray& line, bool utf8);
+
+/// Whether a block reads as UTF-8: every line up to its end marker (or, without `toEndMarker`, every
+/// line) is valid UTF-8, so that blocks of older and newer writers both read. The device is read from
+/// where it stands and put back there. Nothing when a line is too long or the device cannot be read;
+/// `refused` then says why, naming the block `source`.
+std::optional<bool> DataBlockIsUtf8(QIODevice& device, bool toEndMarker, const QString& source, QString& refused);
+
+/// The lines of a block held in memory.
 QStringList DataBlockToStringCollection(const QByteArray& data);
 
 /// Whether `line` is `word`, bare or in parentheses, ignoring case; nothing is trimmed.
@@ -62,16 +101,27 @@ struct DataBlockReading {
     QSet<const CFilterColumn*> named;
     /// Lines that failed.
     int errors = 0;
+    /// Why the block could not be read to its end; blank when it could.
+    QString refused;
 };
 
-/// Walks the lines of a block from its begin marker to its end marker and puts the values into the
-/// columns' `SavedValue`s and `SavedKeys`; each line that fails goes to `onError` with its log text.
-/// Nothing reaches the database.
+/// Walks the lines of a block from its begin marker to its end marker, reading no further, and puts
+/// the values into the columns' `SavedValue`s and `SavedKeys`; each line that fails goes to
+/// `onError` with its log text. Nothing reaches the database. The device must allow seeking: the
+/// block is read twice, once to tell its encoding. `source` names the block in `refused`.
+DataBlockReading ReadDataBlock(CFilterColumns& columns, QIODevice& device, const QString& source,
+                               const std::function<void(const QString&)>& onError);
 DataBlockReading ReadDataBlock(CFilterColumns& columns, const QByteArray& data, const std::function<void(const QString&)>& onError);
 
 /// Reads a block into `entry`'s columns and writes the values it names; lines that fail go to the
-/// error log and the others are imported all the same.
+/// error log and the others are imported all the same. A block that cannot be read to its end
+/// writes nothing.
+DataBlockImport AnalyzeDataBlock(CSearchFilter* filter, const QDateTime& timestamp, const QString& sourceFile,
+                                 const ISearchBaseEntry* entry, QIODevice& device, const QString& logFolder);
 DataBlockImport AnalyzeDataBlock(CSearchFilter* filter, const QDateTime& timestamp, const QString& sourceFile,
                                  const ISearchBaseEntry* entry, const QByteArray& data, const QString& logFolder);
+/// The same with the block of a file: only a regular file is read (never a pipe or a device, which
+/// may never end), with its time of change as the timestamp.
+DataBlockImport ImportDataBlockFile(CSearchFilter* filter, const QString& path, const ISearchBaseEntry* entry, const QString& logFolder);
 
 } // namespace searchdata::detail

@@ -23,6 +23,11 @@ DataBlockImport CSearchFilter::AnalyzeDataBlock(const QDateTime& dtmTimestamp, c
     return detail::AnalyzeDataBlock(this, dtmTimestamp, strSourceFile, dflThis, baData, strLogFolder);
 }
 
+DataBlockImport CSearchFilter::ImportDataBlockFile(const QString& strPath, const ISearchBaseEntry* dflThis, const QString& strLogFolder)
+{
+    return detail::ImportDataBlockFile(this, strPath, dflThis, strLogFolder);
+}
+
 bool CSearchFilter::Import(IProgress* progress, ImportActions enmAction, const ISearchBaseEntry* roEntry, const CImportFields& fields)
 {
     if (!m_filterColumns)

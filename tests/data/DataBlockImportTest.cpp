@@ -1,5 +1,6 @@
 // Importing data blocks into a record, and the error log of the lines that fail.
 
+#include "data/DataBlock_p.h"
 #include "searchdata/CFilterColumns.h"
 #include "searchdata/CMergeBaseEntry.h"
 #include "searchdata/CSearchFilter.h"
@@ -9,6 +10,7 @@
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
+#include <sys/stat.h>
 
 using namespace searchdata;
 using namespace searchdata::test;
@@ -287,6 +289,52 @@ TEST_P(DataBlockImportTest, Latin1AndUtf8BlocksBothImport)
     EXPECT_EQ(stored("Customer").toString(), QStringLiteral("Grüße"));
     ASSERT_TRUE(import("(Begin Search Data)\r\n(Customer: " + QStringLiteral("Köln 東京").toUtf8() + ")\r\n(End Search Data)\r\n").written);
     EXPECT_EQ(stored("Customer").toString(), QStringLiteral("Köln 東京"));
+}
+
+TEST_P(DataBlockImportTest, AFileIsReadUpToItsEndMarkerAndWhatCannotBeABlockIsRefused)
+{
+    const QByteArray good = "(Begin Search Data)\r\n(Qty: 12)\r\n";
+    const QByteArray tooLong(detail::DataBlockLines::kMaxLineBytes + 1, 'x');
+    const QString fifo = sourceDir.filePath("pipe.nc");
+    ASSERT_EQ(mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
+    const struct {
+        const char* what;
+        QString path;
+        QByteArray content; // written to the file first, when not blank
+        const char* refusal;
+    } cases[] = {
+        {"a block with a line that ends it early", sourceDir.filePath("a.nc"), good + "(End Search Data)\r\n" + tooLong + "\r\n", nullptr},
+        {"a line too long before the block", sourceDir.filePath("b.nc"), tooLong + "\r\n" + good + "(End Search Data)\r\n", "Line 1 of"},
+        {"a line too long inside it", sourceDir.filePath("c.nc"), good + tooLong + "\r\n(End Search Data)\r\n", "Line 3 of"},
+        {"one long line and no line end", sourceDir.filePath("d.nc"), tooLong + tooLong, "Line 1 of"},
+        {"a pipe", fifo, {}, "not a regular file"},
+        {"a device", "/dev/zero", {}, "not a regular file"},
+        {"a folder", sourceDir.path(), {}, "not a regular file"},
+        {"no file at all", sourceDir.filePath("missing.nc"), {}, "Cannot read"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        SD_ASSERT_SQL(testDb(), "UPDATE " + q("FilesSearchData") + " SET " + q("Qty") + " = 1");
+        if (!c.content.isEmpty()) {
+            QFile file(c.path);
+            ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+            file.write(c.content);
+        }
+        Diagnostics::instance().clearReports();
+        const CMergeBaseEntry entry(5);
+        const DataBlockImport r = filter->ImportDataBlockFile(c.path, &entry, logDir.path());
+        if (!c.refusal) {
+            EXPECT_TRUE(r.refused.isEmpty()) << qPrintable(r.refused);
+            EXPECT_TRUE(r.written);
+            EXPECT_EQ(stored("Qty").toInt(), 12);
+            continue;
+        }
+        EXPECT_TRUE(r.refused.contains(c.refusal) && r.refused.contains(c.path)) << qPrintable(r.refused);
+        EXPECT_FALSE(r.written);
+        EXPECT_EQ(stored("Qty").toInt(), 1);
+        ASSERT_TRUE(Diagnostics::instance().lastError());
+        EXPECT_EQ(Diagnostics::instance().lastError()->text, r.refused);
+    }
 }
 
 TEST_P(DataBlockImportTest, AFilterWithoutColumnsImportsNothingAndARecordWithoutARowGetsOne)

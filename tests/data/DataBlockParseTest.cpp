@@ -3,6 +3,7 @@
 #include "data/DataBlock_p.h"
 #include "searchdata/CFilterColumn.h"
 
+#include <QBuffer>
 #include <gtest/gtest.h>
 
 using namespace searchdata;
@@ -44,8 +45,72 @@ TEST(DataBlockLines, ValidUtf8IsReadAsUtf8AndAnythingElseAsLatin1)
     // One byte that is no UTF-8 makes the whole block Latin-1, the valid sequence in it too.
     EXPECT_EQ(DataBlockToStringCollection("Gr\xfc\xdf" "e\r\n\xc3\xa9\r\n"),
               QStringList({QStringLiteral("Grüße"), QStringLiteral("Ã©")}));
-    EXPECT_EQ(DataBlockText(QByteArray("a\0b\0", 4)), "ab") << "no text holds a NUL";
-    EXPECT_EQ(DataBlockText("\xef\xbb\xbf" "a: \xef\xbb\xbf" "b"), "a: b") << "nor a byte order mark";
+    EXPECT_EQ(DataBlockToStringCollection(QByteArray("a\0b\0\n", 5)), QStringList({"ab"})) << "no text holds a NUL";
+    EXPECT_EQ(DataBlockToStringCollection("\xef\xbb\xbf" "a: \xef\xbb\xbf" "b\n"), QStringList({"a: b"})) << "nor a byte order mark";
+}
+
+TEST(DataBlockLines, AreReadInPiecesAndALineTooLongEndsTheReading)
+{
+    constexpr qsizetype most = DataBlockLines::kMaxLineBytes;
+    const struct {
+        const char* what;
+        QByteArray data;
+        QList<qsizetype> sizes; // of the lines read
+        int stoppedAt;          // the line too long, or 0
+    } cases[] = {
+        {"lines across the pieces the device is read in", QByteArray(most - 3, 'a') + "\r\n" + QByteArray(most, 'b') + "\r\nc\n", {most - 3, most, 1}, 0},
+        {"the longest line", QByteArray(most, 'a') + "\n", {most}, 0},
+        {"one byte more", QByteArray(most + 1, 'a') + "\n", {}, 1},
+        {"one byte more, without a line end", QByteArray(most + 1, 'a'), {}, 1},
+        {"after lines ended by either byte or both", "a\r\n\r\nb\rc\n" + QByteArray(3 * most, 'x'), {1, 1, 1}, 5},
+        {"a long text after the last line end is no line", "a\n" + QByteArray(most, 'z'), {1}, 0},
+    };
+    for (const auto& c : cases) {
+        QBuffer device;
+        device.setData(c.data);
+        ASSERT_TRUE(device.open(QIODevice::ReadOnly));
+        DataBlockLines lines(device);
+        QList<qsizetype> sizes;
+        QByteArray line;
+        while (lines.next(line))
+            sizes << line.size();
+        EXPECT_EQ(sizes, c.sizes) << c.what;
+        EXPECT_EQ(lines.tooLong(), c.stoppedAt > 0) << c.what;
+        if (c.stoppedAt > 0) {
+            EXPECT_EQ(lines.lineNumber(), c.stoppedAt) << c.what;
+        }
+    }
+}
+
+TEST(DataBlockLines, TheEncodingIsToldByTheLinesUpToTheEndMarker)
+{
+    const QByteArray latin1Tail = "\xfc\n";
+    const QByteArray block = "(Begin Search Data)\n(A: \xc3\xa9)\n(End Search Data)\n";
+    const struct {
+        QByteArray data;
+        bool toEndMarker;
+        std::optional<bool> utf8;
+    } cases[] = {
+        {block + latin1Tail, true, true},     // what follows the block does not count
+        {block + latin1Tail, false, false},
+        {latin1Tail + block, true, false},    // what comes before it does
+        {"(End Search Data)\n" + block + latin1Tail, true, true},
+        {block + QByteArray(DataBlockLines::kMaxLineBytes + 1, 'x') + "\n", true, true},
+        {block + QByteArray(DataBlockLines::kMaxLineBytes + 1, 'x') + "\n", false, std::nullopt},
+    };
+    for (const auto& c : cases) {
+        // Read from where the device stands: a byte before that is no UTF-8 does not count.
+        QBuffer device;
+        device.setData("\xff" + c.data);
+        ASSERT_TRUE(device.open(QIODevice::ReadOnly));
+        ASSERT_TRUE(device.seek(1));
+        QString refused;
+        EXPECT_EQ(DataBlockIsUtf8(device, c.toEndMarker, "block.nc", refused), c.utf8) << c.data.left(60).constData();
+        if (c.utf8) {
+            EXPECT_EQ(device.pos(), 1) << "the device stands where it stood";
+        }
+        EXPECT_EQ(refused.contains("block.nc"), !c.utf8);
+    }
 }
 
 TEST(DataBlockLines, MarkersMatchBareOrInParenthesesIgnoringCaseButUntrimmed)
