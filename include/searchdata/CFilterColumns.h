@@ -246,6 +246,11 @@ public:
     /// and indexes, the search rows, then the foreign keys, which would fail on a record without its
     /// row. With both flags also the picklist tables first (a table just made by `BuildDefaultTable`).
     int CheckForeignKeysAndIndexes(IProgress* progress, int mode, bool blnCheckKeysAndIndexes, bool picklistPass);
+    /// Whether every table that the definitions need is there: the search table, each keyword table,
+    /// each picklist table. Each missing one is written to the schema log; mode 0 asks the host about
+    /// each (the question names the table), mode 1 makes the search and keyword tables (a picklist
+    /// table is made by the check of its column).
+    int CheckTablesExist(IProgress* progress, int mode);
     /// Compares the search table's fields with the columns that are not keywords. Mode 0 asks the host
     /// and gives its answer; mode 1 drops the fields no column defines (writing the schema log) and
     /// adds the missing ones.

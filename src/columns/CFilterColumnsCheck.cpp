@@ -180,6 +180,10 @@ int CFilterColumns::CheckForeignKeysAndIndexes(IProgress* progress, int mode, bo
             return endsCheck(stepResult) || conversionFailed() || (progress && progress->Cancelled());
         };
 
+        // A table of a column that is gone altogether is made first; its fields are then checked.
+        // Picklist tables are made by the check of their columns below, once their data tables stand.
+        if (!picklistPass && ends(CheckTablesExist(progress, mode)))
+            return;
         if (ends(ValidateStandardTable(mode)))
             return;
 
@@ -215,6 +219,58 @@ int CFilterColumns::CheckForeignKeysAndIndexes(IProgress* progress, int mode, bo
             const std::shared_ptr<TableStructure> structure = MyStructureDefault(*column, now);
             if (ends(CheckForeignKeys(progress, column.get(), structure.get(), true, mode)))
                 return;
+        }
+    });
+    return result;
+}
+
+int CFilterColumns::CheckTablesExist(IProgress* progress, int mode)
+{
+    SD_PROC("CheckTablesExist");
+    int result = 0;
+    SD_GUARDED([&] {
+        if (!m_catalog || !m_handler)
+            return;
+        Diagnostics& diagnostics = Diagnostics::instance();
+        const QDateTime now = QDateTime::currentDateTime();
+        // Each table the definitions need, with the column whose structure makes it; the search table
+        // comes with the first column that keeps its values there.
+        QList<std::pair<QString, ColumnPtr>> missing;
+        auto need = [&](const QString& table, const ColumnPtr& column) {
+            if (GetCatalogTable(*m_catalog, table))
+                return;
+            for (const auto& [name, by] : std::as_const(missing))
+                if (TextEquals(name, table, 1))
+                    return;
+            missing.append({table, column});
+            if (diagnostics.LogEnabled())
+                diagnostics.LogLine(QStringLiteral("table ") + table + QStringLiteral(" missing from the database"));
+        };
+        for (const ColumnPtr& column : m_columns) {
+            if (!hasStorage(*column))
+                continue;
+            need(SearchKeyword(column.get()), column);
+            if (column->IsPicklist())
+                need(column->PicklistTableName(), nullptr);
+        }
+        for (const auto& [table, column] : std::as_const(missing)) {
+            if (mode != 1) {
+                const int answer = askConversion(*m_handler, table, 0);
+                if (endsCheck(answer)) {
+                    result = answer;
+                    return;
+                }
+                continue;
+            }
+            if (!column)
+                continue; // a picklist table
+            const std::shared_ptr<TableStructure> structure = MyStructureDefault(*column, now);
+            if (!structure || !schemaTool().CreateTable(progress, *m_catalog, *structure)) {
+                markConversionFailed();
+                return;
+            }
+            if (diagnostics.LogEnabled())
+                diagnostics.LogLine(QStringLiteral("made table ") + table);
         }
     });
     return result;

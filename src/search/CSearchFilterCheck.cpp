@@ -6,6 +6,9 @@
 #include "platform/Guard_p.h"
 #include "searchdata/DatabaseHandler.h"
 #include "searchdata/Diagnostics.h"
+#include "searchdata/Progress.h"
+
+#include <optional>
 
 namespace searchdata {
 
@@ -21,10 +24,20 @@ int CSearchFilter::CheckTable(IProgress* roProgress, int enmConvertMode, bool bl
         return 0;
     SD_PROC("CheckTable");
     const detail::SchemaCheckScope check;
+    CFilterColumns& columns = *m_filterColumns;
+    const bool convertRequired = columns.ConvertRequired();
+    // A repair is one transaction: it makes every change it finds, or, when a step fails or the check
+    // ends early, none, so that nothing is ever left half repaired.
+    std::optional<TableTransaction> repair;
+    if (enmConvertMode == 1 && columns.Handler()) {
+        repair.emplace(*columns.Handler());
+        if (!repair->begun()) {
+            detail::markConversionFailed();
+            return 0;
+        }
+    }
     int result = 0;
-    SD_GUARDED([&] {
-        CFilterColumns& columns = *m_filterColumns;
-        const bool convertRequired = columns.ConvertRequired();
+    const bool ran = SD_GUARDED([&] {
         if (convertRequired && enmConvertMode == 0) {
             result = QueryConvert(roProgress, 0);
             return;
@@ -41,6 +54,16 @@ int CSearchFilter::CheckTable(IProgress* roProgress, int enmConvertMode, bool bl
         if (!convertRequired)
             result = QueryConvert(roProgress, enmConvertMode);
     });
+    const bool cancelled = roProgress && roProgress->Cancelled();
+    if (repair && !(ran && result == 0 && !cancelled && !detail::conversionFailed() && repair->commit())) {
+        if (result == 0 && !cancelled)
+            detail::markConversionFailed();
+        repair.reset();
+        // The tables are as they were, and so is what is known of them.
+        columns.setConvertRequired(convertRequired);
+        if (columns.Catalog())
+            columns.Catalog()->Refresh();
+    }
     return result;
 }
 

@@ -353,19 +353,16 @@ TEST_P(SchemaCheckTest, AnswerTwoAddsAMissingIndexButEndsAFieldCheck)
     EXPECT_EQ(snapshot(), before);
 }
 
-TEST_P(SchemaCheckTest, AFailedRepairKeepsWhatWasDoneAndTheNextCheckReportsTheRest)
+TEST_P(SchemaCheckTest, ARepairIsWholeOrNothingAndTheNextCheckReportsWhatIsLeft)
 {
     SD_ASSERT_SQL(testDb(), "ALTER TABLE " + q("FilesSearchData") + " ADD COLUMN " + q("Extra") + " INTEGER");
     ASSERT_TRUE(tool.RepairColumn(nullptr, *catalog, "FilesSearchData", text("Qty", 20)));
     SD_ASSERT_SQL(testDb(), "DELETE FROM " + q("FilesSearchData") + " WHERE " + q("FileId") + " = 4");
+    const QString before = snapshot();
 
     EXPECT_EQ(check(1, 0, std::make_shared<FailingRepairs>("Qty")), 0);
     EXPECT_TRUE(Diagnostics::instance().ConversionFailed());
-    catalog->Refresh();
-    const CatalogTablePtr table = GetCatalogTable(*catalog, "FilesSearchData");
-    EXPECT_FALSE(GetTableColumn(table, "Extra")) << "the stray went before the repair that failed";
-    EXPECT_EQ(GetTableColumn(table, "Qty")->type, adVarWChar);
-    EXPECT_EQ(rows("FilesSearchData"), rowCount - 1) << "the check ended before the rows";
+    EXPECT_EQ(snapshot(), before) << "the stray dropped before the repair that failed is there again";
 
     // The flag stays as the check found it; the next check still runs, and reports what is left.
     EXPECT_EQ(check(0, 3), 3);
@@ -374,10 +371,52 @@ TEST_P(SchemaCheckTest, AFailedRepairKeepsWhatWasDoneAndTheNextCheckReportsTheRe
     Diagnostics::instance().setConversionFailed(false);
     EXPECT_EQ(check(1), 0);
     EXPECT_FALSE(Diagnostics::instance().ConversionFailed());
+    catalog->Refresh();
+    EXPECT_FALSE(GetTableColumn(GetCatalogTable(*catalog, "FilesSearchData"), "Extra"));
     EXPECT_EQ(rows("FilesSearchData", q("Qty") + " = 7"), rowCount - 1);
     EXPECT_EQ(rows("FilesSearchData"), rowCount);
     EXPECT_EQ(check(0), 0);
     EXPECT_TRUE(host.questions.isEmpty());
+}
+
+TEST_P(SchemaCheckTest, EveryMissingTableIsReportedAndMade)
+{
+    auto cols = columns();
+    cols->Add("Colour", "", "", fcText, 20, true, true, "red");
+    ASSERT_TRUE(cols->ColumnsSave(nullptr));
+    const QString logFile = testDb().tempDir().filePath("schema.log");
+    const struct {
+        QStringList dropped;
+    } cases[] = {
+        {{"FilesSearchKeywordTags"}},
+        {{"PicklistFilesColour"}},
+        {{"FilesSearchData"}},
+        {{"FilesSearchData", "FilesSearchKeywordTags", "PicklistFilesColour"}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(qPrintable(c.dropped.join(", ")));
+        QFile::remove(logFile);
+        Diagnostics::instance().setLogFile(logFile);
+        // The data tables first: they refer to the picklist.
+        for (const QString table : {"FilesSearchData", "FilesSearchKeywordTags", "PicklistFilesColour"})
+            if (c.dropped.contains(table)) {
+                ASSERT_TRUE(tool.DropTableKeys(nullptr, *catalog, table) && tool.DropTable(nullptr, *catalog, table));
+            }
+        expectAskedOnceThenRepaired(1, [&] {
+            for (const QString& table : c.dropped)
+                EXPECT_TRUE(GetCatalogTable(*catalog, table)) << qPrintable(table);
+            EXPECT_TRUE(GetTableIndex(GetCatalogTable(*catalog, "FilesSearchKeywordTags"), "IX_FilesSearchKeywordTags"));
+            EXPECT_TRUE(GetTableColumn(GetCatalogTable(*catalog, "FilesSearchData"), "Qty"));
+            EXPECT_EQ(rows("FilesSearchData"), rowCount);
+        });
+        QFile log(logFile);
+        ASSERT_TRUE(log.open(QIODevice::ReadOnly | QIODevice::Text));
+        const QString said = QString::fromUtf8(log.readAll());
+        for (const QString& table : c.dropped)
+            EXPECT_TRUE(said.contains("table " + table + " missing")) << qPrintable(said);
+    }
+    // The keyword table takes keywords again.
+    SD_ASSERT_SQL(testDb(), "INSERT INTO " + q("FilesSearchKeywordTags") + " (" + q("FileId") + ", " + q("Tags") + ") VALUES (2, 'back')");
 }
 
 TEST_P(SchemaCheckTest, AFailedRepairOfTheDefinitionTableIsPutToTheHost)
