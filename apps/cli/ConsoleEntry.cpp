@@ -86,6 +86,16 @@ ConsoleEntry::~ConsoleEntry()
         column->unbindControls();
 }
 
+void ConsoleEntry::edit(const ISearchBaseEntry& entry)
+{
+    // Read inside the transaction that writes: the changes are made to the record as it is then.
+    clearLibraryReports();
+    m_transaction = std::make_unique<TableTransaction>(*m_columns->Handler());
+    if (!m_transaction->begun())
+        failWithReason(QStringLiteral("cannot save the values of record %1 of %2").arg(entry.Id()).arg(m_columns->BaseTableName()));
+    load(entry);
+}
+
 void ConsoleEntry::load(const ISearchBaseEntry& entry)
 {
     clearLibraryReports();
@@ -200,8 +210,9 @@ void ConsoleEntry::save(const ISearchBaseEntry& entry)
             fail(QStringLiteral("\"%1\" does not fit the column %2: %3").arg(shownText(*column), column->Name(), column->ValidationPrompt()));
     }
     clearLibraryReports();
-    if (!m_columns->SaveDataFromEditControl(&entry))
+    if (!m_columns->SaveDataFromEditControl(&entry) || (m_transaction && !m_transaction->commit()))
         failWithReason(QStringLiteral("cannot save the values of record %1 of %2").arg(entry.Id()).arg(m_columns->BaseTableName()));
+    m_transaction.reset();
 }
 
 QString ConsoleEntry::shownText(const CFilterColumn& column) const

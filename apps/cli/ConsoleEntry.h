@@ -5,6 +5,7 @@
 
 #include "searchdata/CFilterColumns.h"
 #include "searchdata/ControlInterfaces.h"
+#include "searchdata/DatabaseHandler.h"
 #include "searchdata/ISearchBaseEntry.h"
 
 #include <memory>
@@ -64,8 +65,10 @@ public:
     ConsoleEntry(const ConsoleEntry&) = delete;
     ConsoleEntry& operator=(const ConsoleEntry&) = delete;
 
-    /// Loads the record's stored values and shows them in the controls.
+    /// Loads the record's stored values and shows them in the controls. To change the record, `edit`
+    /// loads it instead, inside the transaction that `save` commits.
     void load(const ISearchBaseEntry& entry);
+    void edit(const ISearchBaseEntry& entry);
     /// Types `text` into the column's control as a user would, or chooses it from its list; fails
     /// with a message naming the column when the control does not take it.
     void setValue(CFilterColumn& column, const QString& text);
@@ -73,8 +76,8 @@ public:
     QStringList addKeywords(CFilterColumn& column, const QStringList& words);
     /// Removes keywords from a keyword column's list; fails for a keyword that is not there.
     void removeKeywords(CFilterColumn& column, const QStringList& words);
-    /// Checks every control against its column's type, then saves the record; fails naming what did
-    /// not fit, before anything is written.
+    /// Checks every control against its column's type, then saves the record and commits what `edit`
+    /// began; fails naming what did not fit, before anything is written.
     void save(const ISearchBaseEntry& entry);
 
     /// What the column's control shows.
@@ -87,6 +90,7 @@ private:
 
     std::shared_ptr<CFilterColumns> m_columns;
     std::vector<std::unique_ptr<IControl>> m_controls;
+    std::unique_ptr<TableTransaction> m_transaction; // of `edit`, rolled back unless `save` commits
 };
 
 } // namespace searchdata::cli

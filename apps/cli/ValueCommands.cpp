@@ -39,7 +39,7 @@ int setValues(Invocation& inv)
     }
     {
         ConsoleEntry form(session.columnsPtr());
-        form.load(entry);
+        form.edit(entry);
         for (const auto& [column, text] : changes)
             form.setValue(*column, text);
         form.save(entry);
@@ -71,7 +71,7 @@ int changeKeywords(Invocation& inv, bool add)
     const QStringList words = inv.arguments.mid(1);
     {
         ConsoleEntry form(session.columnsPtr());
-        form.load(entry);
+        form.edit(entry);
         if (add) {
             for (const QString& word : form.addKeywords(*column, words))
                 Output::instance().note(QStringLiteral("%1 holds \"%2\" already").arg(column->Name(), word));
@@ -120,7 +120,7 @@ int pasteTemplate(Invocation& inv)
         fail(QStringLiteral("no template of %1 in %2; \"template save\" makes one").arg(session.tableName(), session.profile()->fileName()));
     {
         ConsoleEntry form(session.columnsPtr());
-        form.load(entry);
+        form.edit(entry);
         session.columns().CopyTemplate();
         form.save(entry);
     }

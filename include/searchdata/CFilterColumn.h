@@ -6,7 +6,9 @@
 
 #include <QDateTime>
 #include <QStringList>
+#include <QVariant>
 #include <memory>
+#include <optional>
 
 namespace searchdata {
 
@@ -50,7 +52,8 @@ public:
     /// A value that the host pushes for `SaveDataFromClientUpdates`; Empty leaves the field alone.
     Value UpdatedValue() const { return m_updatedValue; }
     void setUpdatedValue(const Value& value) { m_updatedValue = value; }
-    /// What the user typed, converted to the column's type; never fails (the type's zero instead).
+    /// What the user typed, converted to the column's type; never fails (the type's zero instead, and
+    /// Null for a date column that holds no date).
     Value value() const;
 
     // ---- definition, for the library ---------------------------------------------------------
@@ -90,6 +93,19 @@ public:
     bool SaveDone() const { return m_saveDone; }
     void setSaveDone(bool done) { m_saveDone = done; }
 
+    /// What one record held in this column when it was last read or written here: a save writes the
+    /// field only where the value differs from it, and a keyword list as the entries added and
+    /// removed since, so that what other users changed meanwhile stays.
+    struct Loaded {
+        QVariant key;      // the record's key, as the link column holds it
+        Value value;       // `StoredForm` of the field's value
+        QStringList keys;  // the keywords, in the order they were stored
+    };
+    /// What was loaded for the record `key`; null when nothing is known of that record.
+    const Loaded* LoadedFor(const QVariant& key) const { return m_loaded && m_loaded->key == key ? &*m_loaded : nullptr; }
+    void setLoaded(const QVariant& key, const Value& value, const QStringList& keys) { m_loaded = Loaded{key, value, keys}; }
+    void forgetLoaded() { m_loaded.reset(); }
+
     /// Where the column's values live: catalogue, search table, database, keyword table, and the
     /// base table whose column this is.
     void SetupContext(std::shared_ptr<Catalog> catalog, const QString& searchTable, std::shared_ptr<DatabaseHandler> database,
@@ -111,6 +127,13 @@ public:
     /// `value` in the column's own type: a number of its width, a date, a boolean; keyword, text and
     /// note columns, and types this version does not know, take it as it stands. Null stays Null.
     Result<Value> InColumnType(const Value& value) const;
+    /// Whether a value of a date column holds no date: blank, the number 0, or day zero (1899-12-30),
+    /// which is how a record without a date reads. Such a value is stored as NULL.
+    static bool HoldsNoDate(const Value& value);
+    /// `value` as the column's field would show it again, for telling whether a save changes the
+    /// field: a blank, a zero and a False count as what the field holds when it holds nothing, texts
+    /// are trimmed, dates are taken to the second.
+    Value StoredForm(const Value& value) const;
     /// The typed default value at the moment `now`.
     Value DefaultValue(const QDateTime& now) const;
     /// The default value as an SQL literal; text defaults are quoted safely.
@@ -209,6 +232,7 @@ private:
     QString m_mergeName;
     bool m_saveDone = false;
     mutable std::shared_ptr<CScPicklist> m_picklist; // made by the first PickList()
+    std::optional<Loaded> m_loaded;
 };
 
 } // namespace searchdata

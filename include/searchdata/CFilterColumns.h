@@ -181,7 +181,7 @@ public:
     /// The condition that finds an entry's rows: the link column equal to its key; blank without one.
     QString SearchTableSeekCriteria(const ISearchBaseEntry* entry) const;
     /// Loads an entry's stored values and keywords into the columns; a record without a search row
-    /// reads the defaults.
+    /// reads the defaults. What it loads is what a later save of the entry compares with.
     void GetData(const ISearchBaseEntry* roSource);
     /// Loads the keywords of one keyword column, in the order they were stored.
     void GetDataKeyword(const ISearchBaseEntry* roEntry, CFilterColumn& rfc, const QString& strSeek);
@@ -192,12 +192,16 @@ public:
     /// Writes a column's default into every row of a table.
     void InitializeFieldValues(const CFilterColumn& column, const QString& table, const QString& field, const QDateTime& now);
 
-    /// Writes what stands in the entry control's fields: valid fields, and the keyword lists.
+    /// Writes what the user changed in the entry control's fields since the entry was loaded (valid
+    /// fields whose value differs), and the keywords added to and removed from the lists, in one
+    /// transaction: what other users changed meanwhile in other fields and keywords stays. An
+    /// unchanged entry writes nothing; an entry without its row gets one with every valid field.
     bool SaveDataFromEditControl(const ISearchBaseEntry* entry);
     /// Writes the columns' `UpdatedValue`s; an Empty one leaves its field alone, a Null one writes NULL.
     bool SaveDataFromClientUpdates(const ISearchBaseEntry* roEntry);
-    /// Replaces an entry's keywords by the list of the column's combo box.
-    bool SaveDataKeyword(const ISearchBaseEntry* entry, const CFilterColumn& column, const QString& seek);
+    /// Writes the keywords added to and removed from the list of the column's combo box since the
+    /// entry was loaded (or, when it was not, compared with what is stored now).
+    bool SaveDataKeyword(const ISearchBaseEntry* entry, CFilterColumn& column, const QString& seek);
     /// Whether the picklist settings of `first` differ from those of `second`.
     static bool PicklistChanged(const CFilterColumn* first, const CFilterColumn* second);
 
@@ -328,9 +332,13 @@ private:
                         EFilterColumnDateTimeDefaultModeConstants dateMode, const Value& dateDefault, bool disableEdit,
                         const QString* mergeName, bool stored = false);
     int indexOfName(const QString& name) const;
-    /// Writes an entry's row with the values that `valueOf` gives (false skips a column), and its keywords.
-    bool saveEntry(const ISearchBaseEntry* entry, const std::function<bool(const CFilterColumn&, Value&)>& valueOf, int titleText,
-                   int insertText, int updateText);
+    /// Writes an entry's row with the values that `valueOf` gives (false skips a column), only those
+    /// that differ from what was loaded when `changesOnly`, and its keywords.
+    bool saveEntry(const ISearchBaseEntry* entry, const std::function<bool(const CFilterColumn&, Value&)>& valueOf, bool changesOnly,
+                   int titleText, int insertText, int updateText);
+    /// The fields of `columns` in the entry's row of the search table, or null when it cannot be read
+    /// (reported, naming the fields that another user dropped meanwhile).
+    std::unique_ptr<Recordset> readSearchRow(const ISearchBaseEntry& entry, const QList<ColumnPtr>& columns);
     /// The key of an entry as the link column holds it, for binding.
     QVariant keyValue(const ISearchBaseEntry& entry) const;
     void renumber();

@@ -155,10 +155,10 @@ Value CFilterColumn::value() const
                 return v.value();
         return zeroOf(m_columnType);
     case fcDateTime:
-        if (box)
+        if (box && !box->Text().trimmed().isEmpty())
             if (Result<QDateTime> d = Value(box->Text()).toDateTime())
                 return Value(d.value());
-        return Value(Value::zeroDate());
+        return Value::null();
     case fcBoolean: {
         const ICheckBoxControl* check = MyCheckBox();
         return Value(check && check->Value() == 1);
@@ -178,6 +178,41 @@ Result<Value> CFilterColumn::InColumnType(const Value& value) const
     case fcDateTime: return value.convertTo(Value::Type::DateTime);
     case fcBoolean: return value.convertTo(Value::Type::Boolean);
     default: return value;
+    }
+}
+
+bool CFilterColumn::HoldsNoDate(const Value& value)
+{
+    if (value.isBlank())
+        return true;
+    if (value.type() == Value::Type::DateTime)
+        return value.toDateTime().value() == Value::zeroDate();
+    if (value.isNumeric())
+        return value.toDouble().valueOr(1) == 0;
+    return value.text().trimmed().isEmpty();
+}
+
+Value CFilterColumn::StoredForm(const Value& value) const
+{
+    switch (m_columnType) {
+    case fcInteger16:
+    case fcInteger32:
+    case fcSingle:
+    case fcDouble:
+        return value.isBlank() ? zeroOf(m_columnType) : InColumnType(value).valueOr(value);
+    case fcDateTime: {
+        if (HoldsNoDate(value))
+            return Value::null();
+        const Result<QDateTime> d = value.toDateTime();
+        if (!d)
+            return value;
+        const QDateTime t = d.value();
+        return Value(QDateTime(t.date(), QTime(t.time().hour(), t.time().minute(), t.time().second())));
+    }
+    case fcBoolean:
+        return Value(value.toBoolean().valueOr(false));
+    default:
+        return Value(value.isBlank() ? QString() : value.text().trimmed());
     }
 }
 
@@ -344,9 +379,7 @@ void CFilterColumn::showValue(const Value& value, const QStringList& comboList, 
 {
     if (ITextBoxControl* box = MyTextBox()) {
         if (m_columnType == fcDateTime) {
-            const bool zero = value.isBlank() || (value.isNumeric() && value.toDouble().valueOr(1) == 0)
-                           || (value.type() == Value::Type::DateTime && value.toDateTime().value() == Value::zeroDate());
-            box->SetText(zero ? QString() : value.text());
+            box->SetText(HoldsNoDate(value) ? QString() : value.text());
             return;
         }
         const QString text = value.text();

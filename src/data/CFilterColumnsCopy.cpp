@@ -21,54 +21,17 @@ constexpr char kModule[] = "CFilterColumns";
 const QString kMergeName = QStringLiteral("MergeName");
 
 /// Whether a copy leaves the target's field alone: a False boolean, a blank text, a date that holds
-/// none (a record without a date reads as the number 0, which would otherwise arrive as 1899-12-30).
+/// none.
 bool nothingToCopy(const CFilterColumn& column, const Value& v)
 {
     switch (column.ColumnType()) {
     case fcBoolean:
         return !v.toBoolean().valueOr(false);
     case fcDateTime:
-        if (v.type() == Value::Type::DateTime)
-            return false;
-        return v.text().trimmed().isEmpty() || (v.isNumeric() && v.toDouble().valueOr(1) == 0);
+        return CFilterColumn::HoldsNoDate(v);
     default:
         return v.text().trimmed().isEmpty();
     }
-}
-
-/// The keywords of one entry in the keyword table of `column` of `columns`, in the order they were stored.
-QStringList storedKeys(const CFilterColumns& columns, const CFilterColumn& column, const QVariant& key)
-{
-    DatabaseHandler& db = *columns.Handler();
-    const QString table = columns.SearchKeyword(&column);
-    std::unique_ptr<Recordset> rs = db.OpenSqlRecordset(QStringLiteral("SELECT ") + db.BracketName(column.Name()) + QStringLiteral(" FROM ")
-                                                            + db.BracketName(table) + QStringLiteral(" WHERE ") + columns.BracketedKeyColumnName()
-                                                            + QStringLiteral(" = ? ORDER BY ") + columns.KeywordStorageOrder(column),
-                                                        QVariantList{key});
-    if (!rs)
-        detail::fail(QStringLiteral("the keywords of %1 could not be read").arg(table));
-    QStringList keys;
-    for (; !rs->EndOfFile(); rs->MoveNext()) {
-        const Value v = rs->field(column.Name());
-        if (!v.isNull())
-            keys.append(v.text());
-    }
-    return keys;
-}
-
-/// Inserts keywords of one entry; the caller holds the transaction.
-void insertKeys(DatabaseHandler& db, const CFilterColumns& columns, const CFilterColumn& column, const ISearchBaseEntry& entry,
-                const QStringList& keys)
-{
-    const CDebugLockedMessage locked = MakeLockedMessage(GetResourceText(8464), GetResourceText(8463));
-    QString fields, marks;
-    db.AddInsertPair(fields, marks, columns.KeyColumnName(), QStringLiteral("?"));
-    db.AddInsertPair(fields, marks, column.Name(), QStringLiteral("?"));
-    const QString insert = QStringLiteral("INSERT INTO %1 (%2) VALUES (%3)").arg(db.BracketName(columns.SearchKeyword(&column)), fields, marks);
-    const QVariant key = detail::entryKey(columns, entry);
-    for (const QString& k : keys)
-        if (!db.ExecuteSql(insert, QVariantList{key, detail::boundText(k)}, &locked))
-            detail::fail(QStringLiteral("the keyword \"%1\" of %2 could not be written").arg(k, column.Name()));
 }
 
 /// Makes sure that a picklist column's list holds `entries`, so that its key accepts them.
@@ -96,7 +59,8 @@ CFilterColumns::ColumnPtr columnNamed(const CFilterColumns& columns, const QStri
 
 QVariant detail::boundColumnValue(const CFilterColumn& column, const Value& v)
 {
-    if (v.isNull())
+    // A date that holds none is no date at all, never day zero.
+    if (v.isNull() || (column.ColumnType() == fcDateTime && CFilterColumn::HoldsNoDate(v)))
         return QVariant();
     // Keyword, text and note columns, and types not known here, bind a text.
     if (column.ColumnType() < fcInteger16 || column.ColumnType() > fcBoolean)
@@ -127,6 +91,72 @@ QStringList detail::distinctKeys(const QStringList& keys)
     return result;
 }
 
+QStringList detail::storedKeys(const CFilterColumns& columns, const CFilterColumn& column, const QString& where, const QVariantList& values)
+{
+    DatabaseHandler& db = *columns.Handler();
+    const QString table = columns.SearchKeyword(&column);
+    const QString sql = QStringLiteral("SELECT ") + db.BracketName(column.Name()) + QStringLiteral(" FROM ") + db.BracketName(table)
+                      + QStringLiteral(" WHERE ") + where + QStringLiteral(" ORDER BY ") + columns.KeywordStorageOrder(column);
+    std::unique_ptr<Recordset> rs = values.isEmpty() ? db.OpenSqlRecordset(sql) : db.OpenSqlRecordset(sql, values);
+    if (!rs) {
+        failOnGoneFields(columns, table, {column.Name()});
+        fail(QStringLiteral("the keywords of %1 could not be read").arg(table));
+    }
+    QStringList keys;
+    for (; !rs->EndOfFile(); rs->MoveNext()) {
+        const Value v = rs->field(column.Name());
+        if (!v.isNull())
+            keys.append(v.text());
+    }
+    return keys;
+}
+
+QStringList detail::storedKeys(const CFilterColumns& columns, const CFilterColumn& column, const QVariant& key)
+{
+    return storedKeys(columns, column, columns.BracketedKeyColumnName() + QStringLiteral(" = ?"), QVariantList{key});
+}
+
+void detail::insertKeys(const CFilterColumns& columns, const CFilterColumn& column, const QVariant& key, const QStringList& keys,
+                        const CDebugLockedMessage& locked)
+{
+    DatabaseHandler& db = *columns.Handler();
+    QString fields, marks;
+    db.AddInsertPair(fields, marks, columns.KeyColumnName(), QStringLiteral("?"));
+    db.AddInsertPair(fields, marks, column.Name(), QStringLiteral("?"));
+    // The unique key of the keyword table takes each keyword of an entry once; a keyword that another
+    // user adds at the same moment waits for that user's transaction and then adds nothing.
+    const QString insert = QStringLiteral("INSERT INTO ") + db.BracketName(columns.SearchKeyword(&column)) + QStringLiteral(" (") + fields
+                         + QStringLiteral(") VALUES (") + marks + QStringLiteral(") ON CONFLICT DO NOTHING");
+    for (const QString& k : keys)
+        if (!db.ExecuteSql(insert, QVariantList{key, boundText(k)}, &locked))
+            fail(QStringLiteral("the keyword \"%1\" of %2 could not be written").arg(k, column.Name()));
+}
+
+void detail::forgetLoaded(const CFilterColumns& columns, const QVariant& key)
+{
+    for (const CFilterColumns::ColumnPtr& column : columns)
+        if (column->LoadedFor(key))
+            column->forgetLoaded();
+}
+
+void detail::failOnGoneFields(const CFilterColumns& columns, const QString& table, const QStringList& fields)
+{
+    // The catalog reads the table as it is now, so that what follows does not name those fields again.
+    if (!columns.Catalog() || !columns.Catalog()->Refresh())
+        return;
+    const CatalogTablePtr present = GetCatalogTable(*columns.Catalog(), table);
+    if (!present)
+        return; // the table itself is gone: the caller's failure says enough
+    QStringList gone;
+    for (const QString& field : fields)
+        if (!GetTableColumn(present, field))
+            gone << field;
+    if (!gone.isEmpty())
+        fail(QStringLiteral("the table %1 has no field %2 any more: another user changed the search columns of %3 meanwhile; "
+                            "open the search again")
+                 .arg(table, gone.join(QStringLiteral(", ")), columns.BaseTableName()));
+}
+
 bool detail::writeEntryValues(CFilterColumns& columns, const ISearchBaseEntry& entry, const QSet<const CFilterColumn*>* only)
 {
     if (!columns.Handler())
@@ -140,6 +170,7 @@ bool detail::writeEntryValues(CFilterColumns& columns, const ISearchBaseEntry& e
     const QVariant key = entryKey(columns, entry);
     const QString title = GetResourceText(8459);
 
+    forgetLoaded(columns, key);
     // The entry's copy is whole or not at all.
     TableTransaction tx(db);
     if (!tx.begun())
@@ -245,7 +276,8 @@ bool CFilterColumns::CopyDataKeyword(const ISearchBaseEntry* entry, const CFilte
         if (!deleted)
             return;
         admitToPicklist(*this, column, keys);
-        insertKeys(db, *this, column, *entry, keys);
+        detail::insertKeys(*this, column, detail::entryKey(*this, *entry), keys,
+                           MakeLockedMessage(GetResourceText(8464), GetResourceText(8463)));
         done = tx.commit();
     });
     return done;
@@ -310,6 +342,7 @@ bool CFilterColumns::MergeData(const ISearchBaseEntry* target, const CSearchFilt
     SD_PROC("MergeData");
     bool done = false;
     SD_GUARDED([&] {
+        detail::forgetLoaded(*this, detail::entryKey(*this, *target));
         TableTransaction tx(*m_handler);
         if (!tx.begun())
             return;
@@ -343,16 +376,17 @@ bool CFilterColumns::MergeDataKeywordColumns(const ISearchBaseEntry* target, con
             const ColumnPtr origin = columnNamed(from, column->MergeName());
             if (!origin || origin->ColumnType() != fcKeyword)
                 continue;
-            const QStringList incoming = storedKeys(from, *origin, detail::entryKey(from, *source));
+            const QStringList incoming = detail::storedKeys(from, *origin, detail::entryKey(from, *source));
             if (incoming.isEmpty())
                 continue;
-            const QStringList present = storedKeys(*this, *column, detail::entryKey(*this, *target));
+            const QStringList present = detail::storedKeys(*this, *column, detail::entryKey(*this, *target));
             QStringList added;
             for (const QString& k : incoming)
                 if (const QString key = detail::listForm(*column, k); !present.contains(key) && !added.contains(key))
                     added.append(key);
             admitToPicklist(*this, *column, added);
-            insertKeys(db, *this, *column, *target, added);
+            detail::insertKeys(*this, *column, detail::entryKey(*this, *target), added,
+                               MakeLockedMessage(GetResourceText(8464), GetResourceText(8463)));
         }
         done = tx.commit();
     });
@@ -378,11 +412,29 @@ bool CFilterColumns::MergeDataStandardColumns(const ISearchBaseEntry* target, co
             return;
         }
         // Source and target share the field names: the target's columns remember theirs as merge names.
-        std::unique_ptr<Recordset> row = sourceDb.OpenSqlRecordset(
-            QStringLiteral("SELECT * FROM %1 WHERE %2 = ?").arg(sourceDb.BracketName(sourceTable), from.BracketedKeyColumnName()),
-            QVariantList{detail::entryKey(from, *source)});
-        if (!row)
+        // The fields are named, so that a source table that changes meanwhile cannot give a row of
+        // another shape.
+        const CatalogTablePtr sourceFields = from.Catalog() ? GetCatalogTable(*from.Catalog(), sourceTable) : nullptr;
+        QStringList fields;
+        QString select;
+        if (sourceFields)
+            for (const CatalogColumn& field : sourceFields->columns)
+                if (const ColumnPtr column = FindByMergeName(field.name); column && column->ColumnType() != fcKeyword) {
+                    fields << field.name;
+                    select += (select.isEmpty() ? QString() : QStringLiteral(", ")) + sourceDb.BracketName(field.name);
+                }
+        if (fields.isEmpty()) {
+            done = true;
             return;
+        }
+        std::unique_ptr<Recordset> row = sourceDb.OpenSqlRecordset(QStringLiteral("SELECT ") + select + QStringLiteral(" FROM ")
+                                                                       + sourceDb.BracketName(sourceTable) + QStringLiteral(" WHERE ")
+                                                                       + from.BracketedKeyColumnName() + QStringLiteral(" = ?"),
+                                                                   QVariantList{detail::entryKey(from, *source)});
+        if (!row) {
+            detail::failOnGoneFields(from, sourceTable, fields);
+            return;
+        }
         if (row->EndOfFile()) {
             done = true;
             return;
@@ -392,13 +444,11 @@ bool CFilterColumns::MergeDataStandardColumns(const ISearchBaseEntry* target, co
         TableTransaction tx(db);
         if (!tx.begun())
             return;
-        for (const QString& field : row->fieldNames()) {
+        for (const QString& field : fields) {
             const Value v = row->field(field);
             if (v.isNull())
                 continue;
             const ColumnPtr column = FindByMergeName(field);
-            if (!column || column->ColumnType() == fcKeyword)
-                continue;
             const QVariant bound = detail::boundColumnValue(*column, detail::listForm(*column, v));
             if (column->IsPicklist())
                 admitToPicklist(*this, *column, QStringList{Value::fromVariant(bound).text()});

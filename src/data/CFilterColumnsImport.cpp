@@ -55,6 +55,7 @@ bool CFilterColumns::ImportData(const ISearchBaseEntry* entry, const CImportFiel
         const QString table = db.BracketName(SearchKeyword(nullptr));
         const QString keyTest = BracketedKeyColumnName() + QStringLiteral(" = ?");
         const QVariant key = detail::entryKey(*this, *entry);
+        detail::forgetLoaded(*this, key);
         TableTransaction tx(db);
         if (!tx.begun())
             return;
@@ -133,30 +134,17 @@ bool CFilterColumns::ImportDataKeyword(const ISearchBaseEntry* entry, const CFil
     SD_PROC("ImportDataKeyword");
     bool done = false;
     SD_GUARDED([&] {
-        DatabaseHandler& db = *m_handler;
         const QString text = detail::boundText(detail::listForm(column, v.text()));
-        const QString table = db.BracketName(SearchKeyword(&column));
-        const QString field = db.BracketName(column.Name());
-        const QVariant key = detail::entryKey(*this, *entry);
-        TableTransaction tx(db);
+        TableTransaction tx(*m_handler);
         if (!tx.begun())
             return;
-        // A second import of the same value adds nothing: the unique key would refuse it.
-        std::unique_ptr<Recordset> present = db.OpenSqlRecordset(
-            QStringLiteral("SELECT 1 FROM %1 WHERE %2 = ? AND %3 = ?").arg(table, BracketedKeyColumnName(), field), QVariantList{key, text});
-        if (!present)
-            return;
-        if (present->EndOfFile()) {
-            if (column.IsPicklist()) {
-                const std::shared_ptr<CScPicklist> picklist = PicklistOf(column);
-                if (!picklist || !picklist->SaveAdditions({text}))
-                    return;
-            }
-            const CDebugLockedMessage locked = MakeLockedMessage(GetResourceText(8479), GetResourceText(8477));
-            if (!db.ExecuteSql(QStringLiteral("INSERT INTO %1 (%2, %3) VALUES (?, ?)").arg(table, BracketedKeyColumnName(), field),
-                               QVariantList{key, text}, &locked))
+        if (column.IsPicklist()) {
+            const std::shared_ptr<CScPicklist> picklist = PicklistOf(column);
+            if (!picklist || !picklist->SaveAdditions({text}))
                 return;
         }
+        // A second import of the same value adds nothing.
+        detail::insertKeys(*this, column, detail::entryKey(*this, *entry), {text}, MakeLockedMessage(GetResourceText(8479), GetResourceText(8477)));
         done = tx.commit();
     });
     return done;

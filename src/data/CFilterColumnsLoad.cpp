@@ -2,6 +2,7 @@
 
 #include "searchdata/CFilterColumns.h"
 
+#include "data/CopyValues_p.h"
 #include "platform/Guard_p.h"
 #include "searchdata/DatabaseHandler.h"
 #include "searchdata/ISearchBaseEntry.h"
@@ -47,9 +48,31 @@ QString CFilterColumns::SearchTableSeekCriteria(const ISearchBaseEntry* entry) c
 
 QVariant CFilterColumns::keyValue(const ISearchBaseEntry& entry) const
 {
-    if (m_baseKeyColumn && m_baseKeyColumn->type == adVarWChar)
-        return QString::number(entry.Id());
-    return entry.Id();
+    return detail::entryKey(*this, entry);
+}
+
+std::unique_ptr<Recordset> CFilterColumns::readSearchRow(const ISearchBaseEntry& entry, const QList<ColumnPtr>& columns)
+{
+    DatabaseHandler& db = *m_handler;
+    const QString table = SearchKeyword(nullptr);
+    // The fields are named, never "*": a statement kept prepared must not meet a table whose fields
+    // another user changed meanwhile and hand back a row of another shape. A field that the table
+    // lacks is not asked for; the column keeps what it holds.
+    const CatalogTablePtr known = m_catalog ? GetCatalogTable(*m_catalog, table) : nullptr;
+    QString select = BracketedKeyColumnName();
+    QStringList fields;
+    for (const ColumnPtr& column : columns)
+        if (const std::optional<CatalogColumn> field = GetTableColumn(known, column->Name())) {
+            select += QStringLiteral(", ") + db.BracketName(field->name);
+            fields << field->name;
+        }
+    std::unique_ptr<Recordset> row =
+        db.OpenSqlRecordset(QStringLiteral("SELECT ") + select + QStringLiteral(" FROM ") + db.BracketName(table) + QStringLiteral(" WHERE ")
+                                + BracketedKeyColumnName() + QStringLiteral(" = ?"),
+                            QVariantList{keyValue(entry)});
+    if (!row)
+        detail::failOnGoneFields(*this, table, fields);
+    return row;
 }
 
 void CFilterColumns::GetData(const ISearchBaseEntry* roSource)
@@ -59,6 +82,14 @@ void CFilterColumns::GetData(const ISearchBaseEntry* roSource)
         const QString seek = SearchTableSeekCriteria(roSource);
         if (seek.isEmpty())
             return;
+        const QVariant key = keyValue(*roSource);
+        // What was loaded for an earlier read stands no longer, whatever becomes of this one.
+        QList<ColumnPtr> standard;
+        for (const ColumnPtr& column : m_columns)
+            if (!column->HasSavedValue() && column->ColumnType() != fcKeyword) {
+                column->forgetLoaded();
+                standard << column;
+            }
         std::unique_ptr<Recordset> row;
         for (const ColumnPtr& column : m_columns) {
             if (column->HasSavedValue())
@@ -68,9 +99,7 @@ void CFilterColumns::GetData(const ISearchBaseEntry* roSource)
                 continue;
             }
             if (!row) {
-                row = m_handler->OpenSqlRecordset(QStringLiteral("SELECT * FROM %1 WHERE %2 = ?")
-                                                      .arg(m_handler->BracketName(SearchKeyword(nullptr)), BracketedKeyColumnName()),
-                                                  QVariantList{keyValue(*roSource)});
+                row = readSearchRow(*roSource, standard);
                 if (!row)
                     return; // this column and the later ones keep what they held
             }
@@ -78,6 +107,7 @@ void CFilterColumns::GetData(const ISearchBaseEntry* roSource)
                 if (column->IsPicklist())
                     GetDataPicklist(*column, Value::null());
                 column->setSavedValue(emptyValueOf(column->ColumnType()));
+                column->setLoaded(key, column->StoredForm(Value::null()), {});
                 continue;
             }
             // A picklist column's choices are refreshed even where its field cannot be taken.
@@ -88,6 +118,7 @@ void CFilterColumns::GetData(const ISearchBaseEntry* roSource)
             if (!taken)
                 continue;
             column->setSavedValue(stored.isNull() ? emptyValueOf(column->ColumnType()) : typedValueOf(*column, stored));
+            column->setLoaded(key, column->StoredForm(stored), {});
         }
     });
 }
@@ -97,23 +128,16 @@ void CFilterColumns::GetDataKeyword(const ISearchBaseEntry* roEntry, CFilterColu
     SD_PROC("GetDataKeyword");
     SD_GUARDED([&] {
         rfc.ClearSavedKeys();
+        rfc.forgetLoaded();
         if (!roEntry || !m_handler)
             return;
-        // In the order they were stored: the list is the user's, not sorted.
-        const QString select = QStringLiteral("SELECT ") + m_handler->BracketName(rfc.Name()) + QStringLiteral(" FROM ")
-                             + m_handler->BracketName(SearchKeyword(&rfc)) + QStringLiteral(" WHERE ");
-        const QString order = QStringLiteral(" ORDER BY ") + KeywordStorageOrder(rfc);
         // The entry's own criteria go as a prepared statement with the key bound.
-        std::unique_ptr<Recordset> rs =
-            strSeek == SearchTableSeekCriteria(roEntry)
-                ? m_handler->OpenSqlRecordset(select + BracketedKeyColumnName() + QStringLiteral(" = ?") + order, QVariantList{keyValue(*roEntry)})
-                : m_handler->OpenSqlRecordset(select + strSeek + order);
-        if (!rs)
-            return;
-        for (; !rs->EndOfFile(); rs->MoveNext()) {
-            const Value v = rs->field(rfc.Name());
-            if (!v.isNull())
-                rfc.SavedKeys().append(v.text());
+        if (strSeek == SearchTableSeekCriteria(roEntry)) {
+            const QVariant key = keyValue(*roEntry);
+            rfc.SavedKeys() = detail::storedKeys(*this, rfc, key);
+            rfc.setLoaded(key, Value(), rfc.SavedKeys());
+        } else {
+            rfc.SavedKeys() = detail::storedKeys(*this, rfc, strSeek, {});
         }
     });
 }

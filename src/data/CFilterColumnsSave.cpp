@@ -14,10 +14,18 @@ namespace {
 
 constexpr char kModule[] = "CFilterColumns";
 
+QStringList listedKeys(const IComboBoxControl& combo)
+{
+    QStringList keys;
+    for (int i = 0; i < combo.ListCount(); ++i)
+        keys << combo.List(i);
+    return keys;
+}
+
 } // namespace
 
 bool CFilterColumns::saveEntry(const ISearchBaseEntry* entry, const std::function<bool(const CFilterColumn&, Value&)>& valueOf,
-                               int titleText, int insertText, int updateText)
+                               bool changesOnly, int titleText, int insertText, int updateText)
 {
     if (!entry || !m_handler)
         return false;
@@ -26,65 +34,106 @@ bool CFilterColumns::saveEntry(const ISearchBaseEntry* entry, const std::functio
     SD_GUARDED([&] {
         DatabaseHandler& db = *m_handler;
         const QString seek = SearchTableSeekCriteria(entry);
-        const QString table = db.BracketName(SearchKeyword(nullptr));
+        const QString tableName = SearchKeyword(nullptr);
+        const QString table = db.BracketName(tableName);
         const QString keyTest = BracketedKeyColumnName() + QStringLiteral(" = ?");
+        const QVariant key = keyValue(*entry);
         // One entry is saved whole or not at all.
         TableTransaction tx(db);
         if (!tx.begun())
             return;
-        bool checked = false;
-        bool missing = false;
-        QStringList fields, assignments;
-        QVariantList values;
-        bool ok = true;
+
+        // What each field is to take, and what it held when it was loaded; a column whose record was
+        // not loaded here compares with what the row holds now.
+        struct Field {
+            ColumnPtr column;
+            Value value;
+            Value before;
+        };
+        QList<Field> given;
+        QList<ColumnPtr> unknown;
         for (const ColumnPtr& column : m_columns) {
-            if (column->ColumnType() == fcKeyword) {
-                ok = SaveDataKeyword(entry, *column, seek);
-                if (!ok)
-                    break;
+            if (column->ColumnType() == fcKeyword)
                 continue;
-            }
-            if (!checked) {
-                checked = true;
-                std::unique_ptr<Recordset> row = db.OpenSqlRecordset(QStringLiteral("SELECT 1 FROM %1 WHERE %2").arg(table, keyTest),
-                                                                     QVariantList{keyValue(*entry)});
-                if (!row) {
-                    ok = false;
-                    break;
-                }
-                missing = row->EndOfFile();
-                if (missing) {
-                    fields << BracketedKeyColumnName();
-                    values << keyValue(*entry);
-                }
-            }
             Value v;
             if (!valueOf(*column, v))
                 continue;
-            values << detail::boundColumnValue(*column, v);
-            if (missing)
-                fields << db.BracketName(column->Name());
-            else
-                assignments << db.BracketName(column->Name()) + QStringLiteral(" = ?");
+            const CFilterColumn::Loaded* loaded = column->LoadedFor(key);
+            given.append({column, v, loaded ? loaded->value : Value()});
+            if (changesOnly && !loaded)
+                unknown << column;
         }
-        if (ok && checked && (missing || !assignments.isEmpty())) {
-            QString sql;
-            int operation;
-            if (missing) {
-                QStringList marks;
-                for (qsizetype i = 0; i < fields.size(); ++i)
-                    marks << QStringLiteral("?");
-                sql = QStringLiteral("INSERT INTO %1 (%2) VALUES (%3)").arg(table, fields.join(QStringLiteral(", ")), marks.join(QStringLiteral(", ")));
-                operation = insertText;
-            } else {
-                sql = QStringLiteral("UPDATE %1 SET %2 WHERE %3").arg(table, assignments.join(QStringLiteral(", ")), keyTest);
-                values << keyValue(*entry);
-                operation = updateText;
+        if (!unknown.isEmpty()) {
+            std::unique_ptr<Recordset> row = readSearchRow(*entry, unknown);
+            if (!row)
+                return;
+            for (Field& f : given)
+                if (unknown.contains(f.column))
+                    f.before = f.column->StoredForm(row->EndOfFile() ? Value::null() : row->field(f.column->Name()));
+        }
+        QList<const Field*> changed;
+        for (const Field& f : given)
+            if (!changesOnly || f.column->StoredForm(f.value) != f.before)
+                changed << &f;
+
+        for (const ColumnPtr& column : m_columns)
+            if (column->ColumnType() == fcKeyword && !SaveDataKeyword(entry, *column, seek))
+                return;
+
+        if (!changed.isEmpty()) {
+            std::unique_ptr<Recordset> row = db.OpenSqlRecordset(QStringLiteral("SELECT 1 FROM ") + table + QStringLiteral(" WHERE ") + keyTest,
+                                                                 QVariantList{key});
+            if (!row)
+                return;
+            const CDebugLockedMessage inserting = MakeLockedMessage(GetResourceText(insertText), GetResourceText(titleText));
+            const CDebugLockedMessage updating = MakeLockedMessage(GetResourceText(updateText), GetResourceText(titleText));
+            QStringList names;
+            int rows = 0;
+            if (row->EndOfFile()) {
+                // The row comes into being with every field as the entry shows it. Another user who
+                // gives it the row at the same moment wins the INSERT; then the changes go as an UPDATE.
+                QString fields, marks;
+                QVariantList values;
+                db.AddInsertPair(fields, marks, KeyColumnName(), QStringLiteral("?"));
+                values << key;
+                for (const Field& f : given) {
+                    db.AddInsertPair(fields, marks, f.column->Name(), QStringLiteral("?"));
+                    values << detail::boundColumnValue(*f.column, f.value);
+                    names << f.column->Name();
+                }
+                if (!db.ExecuteSql(QStringLiteral("INSERT INTO ") + table + QStringLiteral(" (") + fields + QStringLiteral(") VALUES (") + marks
+                                       + QStringLiteral(") ON CONFLICT DO NOTHING"),
+                                   values, &inserting, &rows)) {
+                    detail::failOnGoneFields(*this, tableName, names);
+                    return;
+                }
             }
-            const CDebugLockedMessage locked = MakeLockedMessage(GetResourceText(operation), GetResourceText(titleText));
-            ok = db.ExecuteSql(sql, values, &locked);
+            if (rows == 0) {
+                QString assignments;
+                QVariantList values;
+                names.clear();
+                for (const Field* f : changed) {
+                    db.AddSetPair(assignments, f->column->Name(), QStringLiteral("?"));
+                    values << detail::boundColumnValue(*f->column, f->value);
+                    names << f->column->Name();
+                }
+                values << key;
+                if (!db.ExecuteSql(QStringLiteral("UPDATE ") + table + QStringLiteral(" SET ") + assignments + QStringLiteral(" WHERE ") + keyTest,
+                                   values, &updating)) {
+                    detail::failOnGoneFields(*this, tableName, names);
+                    return;
+                }
+            }
         }
-        saved = ok && tx.commit();
+        if (!tx.commit())
+            return;
+        saved = true;
+        // What the record holds now is what the next save compares with.
+        for (const Field& f : given)
+            f.column->setLoaded(key, f.column->StoredForm(changed.contains(&f) ? f.value : f.before), {});
+        for (const ColumnPtr& column : m_columns)
+            if (const IComboBoxControl* combo = column->MyComboBox(); combo && column->ColumnType() == fcKeyword)
+                column->setLoaded(key, Value(), detail::distinctKeys(listedKeys(*combo)));
     });
     return saved;
 }
@@ -99,7 +148,7 @@ bool CFilterColumns::SaveDataFromEditControl(const ISearchBaseEntry* entry)
             v = column.value();
             return true;
         },
-        8474, 8475, 8476);
+        true, 8474, 8475, 8476);
 }
 
 bool CFilterColumns::SaveDataFromClientUpdates(const ISearchBaseEntry* roEntry)
@@ -110,10 +159,10 @@ bool CFilterColumns::SaveDataFromClientUpdates(const ISearchBaseEntry* roEntry)
             v = column.UpdatedValue();
             return !v.isEmpty();
         },
-        8471, 8472, 8473);
+        false, 8471, 8472, 8473);
 }
 
-bool CFilterColumns::SaveDataKeyword(const ISearchBaseEntry* entry, const CFilterColumn& column, const QString& seek)
+bool CFilterColumns::SaveDataKeyword(const ISearchBaseEntry* entry, CFilterColumn& column, const QString& seek)
 {
     // Keywords reach the table only from an entry control's list.
     const IComboBoxControl* combo = column.MyComboBox();
@@ -123,21 +172,38 @@ bool CFilterColumns::SaveDataKeyword(const ISearchBaseEntry* entry, const CFilte
     bool saved = false;
     SD_GUARDED([&] {
         DatabaseHandler& db = *m_handler;
-        const QString table = db.BracketName(SearchKeyword(&column));
-        const QString title = GetResourceText(8477);
-        const CDebugLockedMessage deleting = MakeLockedMessage(GetResourceText(8478), title);
+        const QVariant key = keyValue(*entry);
         const bool ownCriteria = seek == SearchTableSeekCriteria(entry);
-        const bool deleted = ownCriteria ? db.ExecuteSql(QStringLiteral("DELETE FROM %1 WHERE %2 = ?").arg(table, BracketedKeyColumnName()),
-                                                         QVariantList{keyValue(*entry)}, &deleting)
-                                         : db.ExecuteSql(QStringLiteral("DELETE FROM %1 WHERE %2").arg(table, seek), &deleting);
-        if (!deleted)
+        // The list is compared with what it held when it was loaded, else with what is stored now.
+        const CFilterColumn::Loaded* loaded = ownCriteria ? column.LoadedFor(key) : nullptr;
+        const QStringList before = loaded ? loaded->keys : ownCriteria ? detail::storedKeys(*this, column, key)
+                                                                       : detail::storedKeys(*this, column, seek, {});
+        // The caller keeps what is loaded once the whole save stands.
+        column.forgetLoaded();
+        const QStringList listed = listedKeys(*combo);
+        QStringList removed, added;
+        for (const QString& k : before)
+            if (!listed.contains(k) && !removed.contains(k))
+                removed << k;
+        for (const QString& k : detail::distinctKeys(listed))
+            if (!before.contains(k))
+                added << k;
+
+        const QString title = GetResourceText(8477);
+        TableTransaction tx(db);
+        if (!tx.begun())
             return;
-        const CDebugLockedMessage inserting = MakeLockedMessage(GetResourceText(8479), title);
-        const QString insert = QStringLiteral("INSERT INTO %1 (%2, %3) VALUES (?, ?)").arg(table, BracketedKeyColumnName(), db.BracketName(column.Name()));
-        for (int i = 0; i < combo->ListCount(); ++i)
-            if (!db.ExecuteSql(insert, QVariantList{keyValue(*entry), combo->List(i)}, &inserting))
+        const CDebugLockedMessage deleting = MakeLockedMessage(GetResourceText(8478), title);
+        const QString table = db.BracketName(SearchKeyword(&column));
+        const QString which = (ownCriteria ? BracketedKeyColumnName() + QStringLiteral(" = ?") : seek) + QStringLiteral(" AND ")
+                            + db.BracketName(column.Name()) + QStringLiteral(" = ?");
+        for (const QString& k : removed) {
+            const QVariantList values = ownCriteria ? QVariantList{key, detail::boundText(k)} : QVariantList{detail::boundText(k)};
+            if (!db.ExecuteSql(QStringLiteral("DELETE FROM ") + table + QStringLiteral(" WHERE ") + which, values, &deleting))
                 return;
-        saved = true;
+        }
+        detail::insertKeys(*this, column, key, added, MakeLockedMessage(GetResourceText(8479), title));
+        saved = tx.commit();
     });
     return saved;
 }

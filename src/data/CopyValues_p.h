@@ -4,6 +4,7 @@
 // entry's key as the link column holds it, and the writing of an entry's values.
 
 #include "searchdata/CFilterColumns.h"
+#include "searchdata/LockedMessage.h"
 
 #include <QSet>
 #include <QVariant>
@@ -14,7 +15,8 @@ class ISearchBaseEntry;
 
 namespace searchdata::detail {
 
-/// A value bound in the type of its column; Null stays null. Fails (throws) when it cannot take the type.
+/// A value bound in the type of its column; Null, and a date that holds none, bind as NULL. Fails
+/// (throws) when it cannot take the type.
 QVariant boundColumnValue(const CFilterColumn& column, const Value& value);
 
 /// A text for binding: an empty one stays an empty text, where a null QString would bind as NULL.
@@ -40,6 +42,26 @@ QVariant entryKey(const CFilterColumns& columns, const ISearchBaseEntry& entry);
 /// The texts of `keys` without repeats, first occurrence kept, compared exactly as the keyword
 /// table's unique key compares them.
 QStringList distinctKeys(const QStringList& keys);
+
+/// The keywords of the rows of a keyword column's table that `where` selects (with `values` bound to
+/// its marks), in the order they were stored. Fails (throws) when they cannot be read.
+QStringList storedKeys(const CFilterColumns& columns, const CFilterColumn& column, const QString& where, const QVariantList& values);
+/// The keywords of the entry whose key is `key`.
+QStringList storedKeys(const CFilterColumns& columns, const CFilterColumn& column, const QVariant& key);
+
+/// Adds keywords to the entry whose key is `key`, each once: one that the entry holds already, or
+/// that another user adds at the same moment, is passed over. The caller holds the transaction.
+/// Fails (throws) naming the keyword that could not be written.
+void insertKeys(const CFilterColumns& columns, const CFilterColumn& column, const QVariant& key, const QStringList& keys,
+                const CDebugLockedMessage& locked);
+
+/// After a statement naming `fields` of `table` failed: fails (throws) naming those of them that the
+/// table no longer has, when another user dropped them meanwhile; returns when all are there.
+void failOnGoneFields(const CFilterColumns& columns, const QString& table, const QStringList& fields);
+
+/// Forgets what was loaded of the entry whose key is `key`: once it is written otherwise than by a
+/// save of its loaded values, a save compares with what is stored then.
+void forgetLoaded(const CFilterColumns& columns, const QVariant& key);
 
 /// Writes an entry's `SavedValue`s and `SavedKeys` in one transaction. With `only`, exactly those
 /// columns are written, whatever they hold; without it every column is, except those that hold

@@ -209,6 +209,10 @@ bool DatabaseHandler::runWithRetry(const QString& sql, const QVariantList* value
             if (!values || cached)
                 error = q.lastError();
             q.finish();
+            // A statement that failed is prepared again next time: the table it names may have
+            // changed under it.
+            if (cached)
+                m_prepared.remove(sql);
         }
         if (statementSavepoint) {
             execPlain(QStringLiteral("ROLLBACK TO SAVEPOINT ") + QLatin1String(kStatementSavepoint));

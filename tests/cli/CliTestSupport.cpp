@@ -32,14 +32,36 @@ void CliTest::SetUp()
     ASSERT_EQ(made.exitCode, 0) << made;
 }
 
-CliRun CliTest::runRaw(const QStringList& args) const
+namespace {
+
+/// The environment of every run: a configuration folder of the test's own, a fixed locale, and
+/// `extra` ("NAME=value" each).
+void prepare(QProcess& process, const QTemporaryDir& dir, const QStringList& extra = {})
 {
-    QProcess process;
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
     env.insert("XDG_CONFIG_HOME", dir.filePath("config"));
     env.insert("LC_ALL", "C.UTF-8");
+    for (const QString& setting : extra)
+        env.insert(setting.section('=', 0, 0), setting.section('=', 1));
     process.setProcessEnvironment(env);
     process.setWorkingDirectory(dir.path());
+}
+
+} // namespace
+
+std::unique_ptr<QProcess> CliTest::start(const QStringList& args, const QStringList& environment) const
+{
+    auto process = std::make_unique<QProcess>();
+    prepare(*process, dir, environment);
+    process->start(SEARCHDATA_CLI, QStringList{"--db", database, "--profile", profile, "--table", "Files"} + args);
+    EXPECT_TRUE(process->waitForStarted()) << qPrintable(process->errorString());
+    return process;
+}
+
+CliRun CliTest::runRaw(const QStringList& args) const
+{
+    QProcess process;
+    prepare(process, dir);
     process.start(SEARCHDATA_CLI, args);
     CliRun run;
     if (!process.waitForFinished(120000)) {

@@ -5,6 +5,9 @@
 #include <QTemporaryDir>
 #include <QVariant>
 #include <gtest/gtest.h>
+#include <memory>
+
+class QProcess;
 
 namespace searchdata::test {
 
@@ -30,6 +33,9 @@ protected:
     CliRun run(const QStringList& args) const;
     /// The same on another base table.
     CliRun runOn(const QString& table, const QStringList& args) const;
+    /// Starts the program on the test's database, profile and --table Files, with its progress and
+    /// notes, and returns at once. `environment` adds to the program's environment.
+    std::unique_ptr<QProcess> start(const QStringList& args, const QStringList& environment = {}) const;
 
     /// Every table's definition and rows, in an order that does not depend on storage.
     QString snapshot(const QString& path = {}) const;

@@ -1,6 +1,11 @@
 #include "cli/CliTestSupport.h"
 
+#include <QDeadlineTimer>
 #include <QJsonArray>
+#include <QProcess>
+#include <QSqlDatabase>
+#include <QSqlError>
+#include <QSqlQuery>
 
 using namespace searchdata::test;
 
@@ -108,6 +113,36 @@ TEST_F(CliValues, ATemplateCarriesOneRecordsValuesToAnother)
     QVariantMap second = valuesOf(2);
     EXPECT_EQ(second, first);
     EXPECT_EQ(second["Tags"].toStringList(), QStringList{"red"});
+}
+
+TEST_F(CliValues, ACommandReadsTheRecordAsItStandsOnceItMayWriteIt)
+{
+    // Another user holds the database, with a keyword added that is not committed yet.
+    const QString name = QStringLiteral("other-user");
+    {
+        QSqlDatabase other = QSqlDatabase::addDatabase("QSQLITE", name);
+        other.setDatabaseName(database);
+        ASSERT_TRUE(other.open()) << qPrintable(other.lastError().text());
+        QSqlQuery q(other);
+        ASSERT_TRUE(q.exec("BEGIN IMMEDIATE")) << qPrintable(q.lastError().text());
+        ASSERT_TRUE(q.exec("INSERT INTO FilesSearchKeywordTags (Id, Tags) VALUES (3, 'late')")) << qPrintable(q.lastError().text());
+
+        const auto removing = start({"keywords", "remove", "--record", "3", "Tags", "late"});
+        QString said;
+        const QDeadlineTimer deadline(20000);
+        while (!said.contains("waiting for another user") && removing->state() == QProcess::Running && !deadline.hasExpired()) {
+            removing->waitForReadyRead(100);
+            said += QString::fromUtf8(removing->readAllStandardError());
+        }
+        EXPECT_TRUE(said.contains("waiting for another user")) << qPrintable(said);
+        ASSERT_TRUE(q.exec("COMMIT")) << qPrintable(q.lastError().text());
+        ASSERT_TRUE(removing->waitForFinished(60000));
+        said += QString::fromUtf8(removing->readAllStandardError());
+        // The keyword the other user added is there to remove once the command may write.
+        EXPECT_EQ(removing->exitCode(), 0) << qPrintable(said);
+    }
+    QSqlDatabase::removeDatabase(name);
+    EXPECT_EQ(scalar("SELECT COUNT(*) FROM FilesSearchKeywordTags WHERE Id = 3").toInt(), 0);
 }
 
 } // namespace

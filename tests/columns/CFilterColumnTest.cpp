@@ -58,8 +58,11 @@ TEST(CFilterColumn, ValueConvertsWhatWasTypedAndNeverFails)
 
     auto date = makeColumn(fcDateTime);
     date->setMyControl(&box);
-    box.text = "not a date";
-    EXPECT_EQ(date->value(), Value(Value::zeroDate()));
+    // A date column that holds no date holds NULL, never day zero.
+    for (const QString text : {"not a date", "", "  "}) {
+        box.text = text;
+        EXPECT_TRUE(date->value().isNull()) << qPrintable(text);
+    }
     box.text = "2003-07-04";
     EXPECT_EQ(date->value(), Value(QDateTime(QDate(2003, 7, 4), QTime(0, 0))));
 

@@ -1,44 +1,14 @@
+#include "data/EntryForm.h"
 #include "searchdata/CFilterColumns.h"
 #include "searchdata/Diagnostics.h"
 #include "searchdata/ISearchBaseEntry.h"
 #include "searchdata/UiServices.h"
-#include "support/FakeControls.h"
 #include "support/SearchFixture.h"
 
 using namespace searchdata;
 using namespace searchdata::test;
 
 namespace {
-
-struct Entry : ISearchBaseEntry {
-    explicit Entry(qint32 id) : id(id) {}
-    qint32 Id() const override { return id; }
-    qint32 id;
-};
-
-/// The controls of an entry row for each column, bound the way the entry control binds them.
-class Form {
-public:
-    explicit Form(CFilterColumns& columns)
-    {
-        for (const auto& c : columns) {
-            if (c->ColumnType() == fcKeyword || c->IsPicklist()) {
-                combos[c->Name()] = std::make_unique<FakeComboBox>();
-                c->setMyControl(combos[c->Name()].get());
-            } else if (c->ColumnType() == fcBoolean) {
-                checks[c->Name()] = std::make_unique<FakeCheckBox>();
-                c->setMyControl(checks[c->Name()].get());
-            } else {
-                boxes[c->Name()] = std::make_unique<FakeTextBox>();
-                c->setMyControl(boxes[c->Name()].get());
-            }
-            c->setIsValid(true);
-        }
-    }
-    std::map<QString, std::unique_ptr<FakeTextBox>> boxes;
-    std::map<QString, std::unique_ptr<FakeCheckBox>> checks;
-    std::map<QString, std::unique_ptr<FakeComboBox>> combos;
-};
 
 class EntryValuesTest : public SearchTest {
 protected:
@@ -129,6 +99,31 @@ TEST_P(EntryValuesTest, ClientUpdatesLeaveEmptyValuesAloneAndWriteNulls)
     search->Item("Qty")->setUpdatedValue(Value("twelve"));
     EXPECT_FALSE(search->SaveDataFromClientUpdates(&e));
     EXPECT_DOUBLE_EQ(stored("Ratio", 3).toDouble(), 1.25);
+}
+
+TEST_P(EntryValuesTest, ABlankDateIsStoredAsNullAndReadsBlank)
+{
+    const QString due = q("Due"), data = q("FilesSearchData");
+    SD_ASSERT_SQL(testDb(), "UPDATE " + data + " SET " + due + " = NULL");
+    SD_ASSERT_SQL(testDb(), "UPDATE " + data + " SET " + due + " = " + db().SqlDate(QDateTime(QDate(2003, 7, 4), QTime(9, 0))) + " WHERE "
+                                + q("FileId") + " = 2");
+    Form form(*search);
+    // A record without a date, saved with another change.
+    Entry without(1);
+    Form::show(*search, without);
+    EXPECT_EQ(form.boxes["Due"]->text, "");
+    form.boxes["Customer"]->text = "changed";
+    ASSERT_TRUE(search->SaveDataFromEditControl(&without));
+    // A record whose date the user clears.
+    Entry cleared(2);
+    Form::show(*search, cleared);
+    EXPECT_FALSE(form.boxes["Due"]->text.isEmpty());
+    form.boxes["Due"]->text = "";
+    ASSERT_TRUE(search->SaveDataFromEditControl(&cleared));
+
+    EXPECT_EQ(stored("Customer", 1).toString(), "changed");
+    EXPECT_EQ(rows("FilesSearchData", due + " IS NULL"), rowCount);
+    EXPECT_EQ(rows("FilesSearchData", due + " < " + db().SqlDate(QDateTime(QDate(2000, 1, 1), QTime(0, 0)))), 0);
 }
 
 TEST_P(EntryValuesTest, TextsComeBackExactlyAsWritten)
