@@ -102,6 +102,11 @@ int mergeDatabase(Invocation& inv)
 
     StderrProgress progress;
     clearLibraryReports();
+    // One transaction from the first column to the last record: a merge that fails or is cut short
+    // leaves the table as it was, and the next one starts afresh.
+    TableTransaction transaction(session.db());
+    if (!transaction.begun())
+        failWithReason(QStringLiteral("cannot begin the merge from %1").arg(source.location()));
     if (session.search()->CopyConfiguration(&progress, source.search().get()) != fltrCCR_Success)
         failWithReason(QStringLiteral("cannot take over the columns of %1").arg(source.location()));
 
@@ -110,7 +115,6 @@ int mergeDatabase(Invocation& inv)
     const QSet<qint32> present(targetIds.cbegin(), targetIds.cend());
     int merged = 0;
     int passedOver = 0;
-    bool ok = true;
     for (const qint32 id : source.recordIds()) {
         if (!present.contains(id)) {
             ++passedOver;
@@ -118,17 +122,13 @@ int mergeDatabase(Invocation& inv)
         }
         const auto sourceEntry = session.search()->MakeMergeBaseEntry(id);
         const auto targetEntry = session.search()->MakeMergeBaseEntry(id);
-        if (!session.search()->MergeSearchData(targetEntry.get(), source.search().get(), sourceEntry.get())) {
-            ok = false;
-            break;
-        }
+        if (!session.search()->MergeSearchData(targetEntry.get(), source.search().get(), sourceEntry.get()))
+            failWithReason(QStringLiteral("the merge from %1 failed at record %2; nothing was merged").arg(source.location()).arg(id));
         if (++merged % 250 == 0)
             Output::instance().progress(QStringLiteral("merged %1 records").arg(merged));
     }
-    const QString reason = libraryReason();
-    session.search()->CopyCleanup();
-    if (!ok)
-        fail(QStringLiteral("the merge from %1 stopped after %2 records%3").arg(source.location()).arg(merged).arg(reason.isEmpty() ? QString() : QStringLiteral(": ") + reason));
+    if (!session.search()->CopyCleanup() || !transaction.commit())
+        failWithReason(QStringLiteral("the merge from %1 could not be completed; nothing was merged").arg(source.location()));
 
     Output& output = Output::instance();
     if (output.json()) {

@@ -94,4 +94,27 @@ TEST_F(CliMaintenance, MergeBringsColumnsAndValuesIntoATableWithout)
     EXPECT_EQ(snapshot(), before);
 }
 
+TEST_F(CliMaintenance, AMergeThatFailsAtARecordLeavesTheTargetAsItWasAndCanBeRunAgain)
+{
+    const QString target = dir.filePath("target.sqlite");
+    exec("CREATE TABLE Files (Id INTEGER NOT NULL PRIMARY KEY, Name VARCHAR(255))", target);
+    for (int id : {3, 4, 99})
+        exec(QStringLiteral("INSERT INTO Files VALUES (%1, 'f%1')").arg(id), target);
+    ASSERT_EQ(runRaw({"--db", target, "--table", "Files", "columns", "list"}).exitCode, 0); // makes the definition table
+    const QString before = snapshot(target);
+
+    // The source's keyword table is gone: the columns come over, the first record's keywords cannot.
+    ASSERT_EQ(run({"columns", "add", "Tags", "--type", "keyword"}).exitCode, 0);
+    const QString intact = dir.filePath("intact.sqlite");
+    ASSERT_TRUE(QFile::copy(database, intact));
+    exec("DROP TABLE FilesSearchKeywordTags");
+    SD_EXPECT_FAILS(runRaw({"--db", target, "--table", "Files", "--quiet", "merge", "--from", database}), 1, "nothing was merged");
+    EXPECT_EQ(snapshot(target), before);
+
+    const CliRun merged = runRaw({"--db", target, "--table", "Files", "--quiet", "--json", "merge", "--from", intact});
+    ASSERT_EQ(merged.exitCode, 0) << merged;
+    EXPECT_EQ(merged.json()["merged"].toInt(), 2);
+    EXPECT_EQ(runRaw({"--db", target, "--table", "Files", "check"}).exitCode, 0);
+}
+
 } // namespace
