@@ -204,7 +204,9 @@ void UKVOSearchPrivate::controlsArrange()
 void UKVOSearchPrivate::arrangeRows()
 {
     const CFilterColumns* cols = columns();
-    const float sheetWidth = float(picFields->width());
+    // The add and remove pair stands one gap further out than the widths below allow for. While the
+    // rows scroll, that gap would fall under the bar, so the rows then leave it free.
+    const float sheetWidth = float(picFields->width()) - (vsbFields->isHidden() ? 0 : fieldSpacing);
     // A label wider than the caption column widens it and starts the pass again; each label can do
     // that once, so the passes are bounded by the number of labels.
     bool widened = true;

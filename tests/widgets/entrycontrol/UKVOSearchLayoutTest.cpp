@@ -131,6 +131,29 @@ TEST_P(UKVOSearchLayoutTest, AFocusedFieldScrollsIntoViewAndResizingMakesNoContr
     EXPECT_EQ(control->findChildren<QWidget*>().size(), widgets);
 }
 
+TEST_P(UKVOSearchLayoutTest, NoRowStandsUnderTheBarWhileTheRowsScroll)
+{
+    // Narrow enough that the rows are cut to the width they may use, the keyword row with its two
+    // buttons the widest of them.
+    openControl(QSize(420, 300));
+    acceptEditing();
+    display(2);
+    startEditing();
+    ASSERT_TRUE(scrolling());
+    const QWidget* rows = sheet()->findChild<QWidget*>(QString(), Qt::FindDirectChildrenOnly);
+    ASSERT_NE(rows, nullptr);
+    int checked = 0;
+    for (const QWidget* w : rows->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly)) {
+        if (!w->isVisibleTo(rows))
+            continue;
+        const int right = w->mapTo(bar()->parentWidget(), QPoint(w->width(), 0)).x();
+        EXPECT_LE(right, bar()->x()) << w->objectName().toStdString();
+        ++checked;
+    }
+    EXPECT_TRUE(child<QPushButton>("cmdRemove_0")->isVisibleTo(rows));
+    EXPECT_GT(checked, 10);
+}
+
 TEST_P(UKVOSearchLayoutTest, GapsFollowTheFontAndTheHostLearnsTheMinimum)
 {
     openControl();
