@@ -11,7 +11,6 @@
 #include "searchdata/widgets/CFormInfo.h"
 #include "ui_frmConfigure.h"
 
-#include <QApplication>
 #include <QCloseEvent>
 #include <QHeaderView>
 
@@ -344,7 +343,7 @@ void frmConfigure::closeEvent(QCloseEvent* event)
         hide();
         return;
     }
-    QApplication::beep();
+    UiServices::current().Beep();
     switch (UiServices::current().AskYesNoCancel(windowTitle(), GetResourceText(7119), Answer::Cancel)) {
     case Answer::Yes:
         saveWithProgress();

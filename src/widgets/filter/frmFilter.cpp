@@ -13,6 +13,7 @@
 #include "searchdata/Dialect.h"
 #include "searchdata/ISearchBaseTable.h"
 #include "searchdata/Resources.h"
+#include "searchdata/UiServices.h"
 #include "searchdata/Validation.h"
 #include "searchdata/Value.h"
 
@@ -586,7 +587,7 @@ bool frmFilter::txtCompareTo_KeyPress(int i, int key)
     LineEditTextBox box(txtCompareTo[i]);
     if (ValidKeyPress(&box, key, 0))
         return true;
-    QApplication::beep();
+    UiServices::current().Beep();
     return false;
 }
 

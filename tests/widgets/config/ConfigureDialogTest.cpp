@@ -233,8 +233,11 @@ TEST_P(ConfigureDialogTest, TheCloseButtonAsksAboutUnsavedChanges)
         auto dialog = openDialog(*collection);
         click(dialog.get(), "cmdDown");
         ui->queueAnswer(c.answer);
+        ui->clearRequests();
         dialog->close();
         EXPECT_EQ(ui->questions().last(), GetResourceText(7119));
+        ASSERT_FALSE(ui->requests().isEmpty());
+        EXPECT_EQ(ui->requests().first(), "beep") << "the question comes with a beep";
         EXPECT_EQ(dialog->isVisible(), c.stillOpen);
         EXPECT_EQ(storedNames(), c.stored);
         // Put the stored order back for the next case.

@@ -8,6 +8,7 @@
 #include "searchdata/UiServices.h"
 #include "searchdata/Value.h"
 #include "searchdata/widgets/CFormInfo.h"
+#include "searchdata/widgets/WidgetUiServices.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -221,12 +222,21 @@ TEST_P(FilterDialogTest, LeavingABoxShowsTheValueAsItWasRead)
 
 TEST_P(FilterDialogTest, TextRowsRefuseQuotesAndADoubleBlankKeyByKeyButTakeAPaste)
 {
+    // A refused key beeps through the services, as every window of the library does.
+    struct CountedBeeps : WidgetUiServices {
+        void Beep() override { ++beeps; }
+        int beeps = 0;
+    };
+    auto beeping = std::make_shared<CountedBeeps>();
+    services.reset();
+    services = std::make_unique<ServicesGuard>(beeping);
     auto owner = openDialog();
     chooseField(0, "Maker");
     QLineEdit* box = compareTo(0);
     QTest::mouseClick(box, Qt::LeftButton);
     QTest::keyClicks(box, "O'Ne\"il  x");
     EXPECT_EQ(box->text(), "ONeil x") << "quotes and a second trailing blank are dropped";
+    EXPECT_EQ(beeping->beeps, 3);
 
     box->clear();
     QGuiApplication::clipboard()->setText("O'Neil");
