@@ -8,7 +8,6 @@
 #include "searchdata/CScPicklist.h"
 #include "searchdata/DatabaseHandler.h"
 #include "searchdata/PicklistEntries.h"
-#include "searchdata/Recordset.h"
 #include "searchdata/Resources.h"
 
 #include <QFrame>
@@ -263,25 +262,17 @@ void frmPicklistEdit::InitializeLists()
     tvwHidden->clear();
     if (!m_picklist || !m_column)
         return;
-    DatabaseHandler& db = *m_picklist->handler();
-    std::unique_ptr<Recordset> rows = db.OpenTableRecordset(m_picklist->Picklist(), adOpenForwardOnly, adLockReadOnly);
-    if (!rows)
-        return;
     const QString defaultEntry = entryText(m_column->PicklistDefault());
-    for (; !rows->EndOfFile(); rows->MoveNext()) {
-        const Value value = rows->field(m_column->Name());
-        const QString stored = value.text();
+    for (const PicklistEntry& entry : ReadPicklistEntries(*m_picklist->handler(), *m_column).valueOr({})) {
         // The blank entry follows the column's setting; it is not edited here.
-        if (value.isNull() || TextEquals(stored, QString(), 1))
+        if (entry.text.isEmpty())
             continue;
-        const Value hide = rows->field(CScPicklist::HideEntry());
-        const QString text = entryText(stored);
-        if (!hide.isBlank() && hide.toBoolean().valueOr(false))
-            addNode(tvwHidden, text, stored, false);
+        const QString text = entryText(entry.text);
+        if (entry.hidden)
+            addNode(tvwHidden, text, entry.text, false);
         else
-            addNode(tvwOld, text, stored, !defaultEntry.isEmpty() && TextEquals(text, defaultEntry, 1));
+            addNode(tvwOld, text, entry.text, !defaultEntry.isEmpty() && TextEquals(text, defaultEntry, 1));
     }
-    DatabaseHandler::CloseRecordset(rows);
 }
 
 QStringList frmPicklistEdit::checkedEntries(const QTreeWidget* tree)

@@ -265,6 +265,27 @@ TEST_P(PicklistEditTest, HiddenEntriesLeaveTheChoiceAndComeBack)
     EXPECT_EQ(nodes(control<QTreeWidget>("tvwOld")), QStringList({"green", "red"}));
 }
 
+TEST_P(PicklistEditTest, ADateEntryWithATimeHidesAndComesBackByItsValue)
+{
+    // The entry is found again by what the dialog lists, whatever form the database keeps it in.
+    ASSERT_TRUE(cols->PicklistOf(*cols->Item("Made"))->SaveAdditions({"2024-05-01 08:15:30"}));
+    open("Made");
+    const QStringList listed = nodes(control<QTreeWidget>("tvwOld"));
+    ASSERT_EQ(listed.size(), 2);
+    const QString later = listed[1];
+    const QString hidden = q("HideEntry") + " = " + db().SqlBoolean(true);
+    clickCheck("tvwOld", later);
+    click("cmdHide");
+    EXPECT_EQ(rows("PicklistFilesMade", hidden), 1);
+    EXPECT_EQ(nodes(control<QTreeWidget>("tvwHidden")), QStringList({later}));
+
+    showTab(2);
+    clickCheck("tvwHidden", later);
+    click("cmdShow");
+    EXPECT_EQ(rows("PicklistFilesMade", hidden), 0);
+    EXPECT_EQ(nodes(control<QTreeWidget>("tvwOld")), listed);
+}
+
 TEST_P(PicklistEditTest, RemovingEntriesThatRecordsUseKeepsThemAndOffersToHideThem)
 {
     struct Case {
