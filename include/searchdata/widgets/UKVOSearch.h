@@ -30,6 +30,9 @@ class UKVOSearchPrivate;
 /// Apply, Reset, Clear, Cancel and the template buttons). Signals run synchronously: the host's slot
 /// ends before the control goes on.
 ///
+/// Made while the user's language is Japanese (`LanguageServices`), the control takes a font family
+/// with Japanese glyphs for all its parts; rows made later take it from the control.
+///
 /// Sizes are device-independent pixels. The host saves the instance's persisted properties with
 /// `WriteProperties` and gives them back with `ReadProperties`; `PropertyChanged` tells it when one
 /// changed. Nothing here throws: failures are reported to `Diagnostics` and the operation leaves
@@ -109,6 +112,9 @@ public:
     void ResetData();
     /// Saves changes to search field data for the selected base table record.
     void SaveData();
+    /// Displays the About box for the control: the library's version and what it runs on. Returns
+    /// when the user closes it.
+    void ShowAboutBox();
     /// Whether the Cancel button may show. An edit session sets it to True while it lasts, and to
     /// False when it ends, whatever the host had chosen.
     bool ShowCancelButton() const;

@@ -2,9 +2,11 @@
 
 #include "UKVOSearch_p.h"
 
+#include "host/LanguageAdaptation.h"
 #include "platform/Guard_p.h"
 #include "searchdata/Diagnostics.h"
 #include "searchdata/Resources.h"
+#include "searchdata/widgets/AboutBox.h"
 #include "searchdata/widgets/PropertyStore.h"
 
 #include <QApplication>
@@ -387,6 +389,7 @@ UKVOSearch::UKVOSearch(QWidget* parent) : QWidget(parent), d(std::make_unique<UK
     d->setCaptions();
     d->sizeTemplates();
     InitProperties();
+    UserControlToJapanese(this);
 }
 
 UKVOSearch::~UKVOSearch()
@@ -600,6 +603,11 @@ void UKVOSearch::SaveData()
 {
     SD_PROC("SaveData");
     d->saveData();
+}
+
+void UKVOSearch::ShowAboutBox()
+{
+    OpenAboutBox(this);
 }
 
 bool UKVOSearch::ShowCancelButton() const

@@ -1,6 +1,7 @@
 #include "searchdata/widgets/WidgetUiServices.h"
 
 #include "config/frmConfigure.h"
+#include "entrycontrol/frmExamine.h"
 #include "filter/frmFilter.h"
 #include "host/FormPlacement.h"
 #include "host/LibraryForms.h"
@@ -64,10 +65,14 @@ QWidget* WidgetUiServices::dialogParent(const IFormInfo* owner) const
     return m_parent;
 }
 
-// The dialogs themselves arrive with their own windows; until then these requests change nothing.
-void WidgetUiServices::OpenExamineWindow(CFilterColumns&, ISearchBaseEntry*, Recordset*, const IFormInfo*) {}
-
 // A dialog may be destroyed while it runs, by the clean-up of the library's windows.
+void WidgetUiServices::OpenExamineWindow(CFilterColumns& columns, ISearchBaseEntry* entry, Recordset* source, const IFormInfo* owner)
+{
+    const QPointer<frmExamine> form = new frmExamine(dialogParent(owner));
+    form->View(columns, entry, source, owner);
+    delete form.data();
+}
+
 void WidgetUiServices::OpenConfigureDialog(CFilterColumns& columns, const IFormInfo* owner)
 {
     const QPointer<frmConfigure> form = new frmConfigure(dialogParent(owner));

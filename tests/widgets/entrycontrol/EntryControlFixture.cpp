@@ -80,7 +80,7 @@ void EntryControlTest::startEditing()
 
 void EntryControlTest::settle()
 {
-    auto* timer = control->findChild<QTimer*>(QStringLiteral("tmrUpdate"));
+    auto* timer = surface()->findChild<QTimer*>(QStringLiteral("tmrUpdate"));
     ASSERT_NE(timer, nullptr);
     ASSERT_TRUE(waitFor([timer] { return !timer->isActive(); }));
 }
@@ -96,11 +96,16 @@ void EntryControlTest::recordEvents()
     QObject::connect(c, &UKVOSearch::OnCompleteEditing, c, [this](ISearchBaseEntry*) { events << "Complete"; });
 }
 
+QString EntryControlTest::stored(const QString& column, int id)
+{
+    return testDb().scalar("SELECT " + q(column) + " FROM " + q("FilesSearchData") + " WHERE " + q("FileId") + " = " + QString::number(id)).toString();
+}
+
 QStringList EntryControlTest::visibleButtons() const
 {
     QStringList shown;
     for (const char* name : {"cmdOk", "cmdEdit", "cmdApply", "cmdReset", "cmdClear", "cmdCancel", "cmdTemplateCopy", "cmdTemplatePaste"})
-        if (const QPushButton* b = named<QPushButton>(control.get(), QString::fromLatin1(name)); b && b->isVisible())
+        if (const QPushButton* b = named<QPushButton>(surface(), QString::fromLatin1(name)); b && b->isVisible())
             shown << QString::fromLatin1(name);
     return shown;
 }

@@ -47,11 +47,16 @@ protected:
     void settle();
     /// Records the control's signals, by name, in `events`.
     void recordEvents();
+    /// The value of `column` that the search table holds for record `id`, as text.
+    QString stored(const QString& column, int id);
+
+    /// The window whose controls the helpers below find and wait for: the control itself here.
+    virtual QWidget* surface() const { return control.get(); }
 
     template <typename T>
     T* child(const QString& name) const
     {
-        T* found = named<T>(control.get(), name);
+        T* found = named<T>(surface(), name);
         EXPECT_NE(found, nullptr) << "no control named " << qPrintable(name);
         return found;
     }

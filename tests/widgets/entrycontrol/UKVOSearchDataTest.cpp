@@ -32,10 +32,6 @@ protected:
             list << c->itemText(i);
         return list;
     }
-    QString stored(const QString& column, int id)
-    {
-        return testDb().scalar("SELECT " + q(column) + " FROM " + q("FilesSearchData") + " WHERE " + q("FileId") + " = " + QString::number(id)).toString();
-    }
     void apply()
     {
         settle();
