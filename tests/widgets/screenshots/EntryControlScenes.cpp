@@ -1,6 +1,8 @@
 // The entry control in its states: viewing a record, editing every column type, a value that is not
-// valid, and a window too small for its rows.
+// valid, and a window too small for its rows; and the examine window around it, viewing, editing and
+// asking before it drops a change.
 
+#include "entrycontrol/frmExamine.h"
 #include "screenshots/Scenes.h"
 #include "searchdata/CFilterColumns.h"
 #include "searchdata/ISearchBaseEntry.h"
@@ -10,9 +12,12 @@
 #include "searchdata/widgets/UKVOSearchContainer.h"
 
 #include <QApplication>
+#include <QLabel>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QTest>
+#include <QTimer>
 #include <QVBoxLayout>
 
 namespace searchdata::shots {
@@ -30,10 +35,26 @@ public:
     QString TableName() const override { return QStringLiteral("Files"); }
 };
 
+/// The base record that the scenes show, as a host reads it.
+std::unique_ptr<Recordset> openRecord(SceneContext& ctx)
+{
+    const auto& db = ctx.database();
+    return db->OpenSqlRecordset(QStringLiteral("SELECT * FROM ") + db->BracketName(QStringLiteral("Files")) + QStringLiteral(" WHERE ")
+                                + db->BracketName(QStringLiteral("Id")) + QStringLiteral(" = ") + QString::number(kRecord));
+}
+
+/// Shows `window` and makes it the active one, so that its controls take the focus as the user's would.
+void activate(QWidget* window)
+{
+    window->show();
+    QApplication::setActiveWindow(window);
+    (void)QTest::qWaitForWindowActive(window);
+}
+
 /// A host window that holds the control in a layout, with the record it shows.
 class EntryHost : public QWidget {
 public:
-    EntryHost(SceneContext& ctx, QSize size, KVOSearchEditExamineModes mode)
+    EntryHost(SceneContext& ctx, QSize size, KVOSearchEditExamineModes mode) : record(openRecord(ctx))
     {
         auto* layout = new QVBoxLayout(this);
         layout->setContentsMargins(0, 0, 0, 0);
@@ -42,8 +63,6 @@ public:
         resize(size);
         QObject::connect(control, &UKVOSearch::OnStartEditing, control, [](ISearchBaseEntry*, bool* accepted) { *accepted = true; });
         const auto& db = ctx.database();
-        record = db->OpenSqlRecordset(QStringLiteral("SELECT * FROM ") + db->BracketName(QStringLiteral("Files")) + QStringLiteral(" WHERE ")
-                                      + db->BracketName(QStringLiteral("Id")) + QStringLiteral(" = ") + QString::number(kRecord));
         control->OpenSearch(std::make_shared<UKVOSearchContainer>(control), db, std::make_shared<FilesTable>(), ctx.catalog(),
                             ctx.profile(), 0, DescribeBaseTable(*GetCatalogTable(*ctx.catalog(), QStringLiteral("Files")), QStringLiteral("Id")));
         control->Display(record.get(), &entry, mode);
@@ -51,16 +70,38 @@ public:
     /// Shows the window and starts an edit session as the user would.
     void edit()
     {
-        show();
-        QApplication::setActiveWindow(this);
-        (void)QTest::qWaitForWindowActive(this);
+        activate(this);
         QTest::mouseClick(control->findChild<QPushButton*>(QStringLiteral("cmdEdit")), Qt::LeftButton);
     }
     UKVOSearch* control;
 
 private:
-    SceneEntry entry;
     std::unique_ptr<Recordset> record;
+    SceneEntry entry;
+};
+
+/// The examine window on the record, opened as the search's View (or Edit) opens it.
+class ExamineHost : public frmExamine {
+public:
+    ExamineHost(SceneContext& ctx, KVOSearchEditExamineModes mode) : record(openRecord(ctx))
+    {
+        const auto search = ctx.openSearch(QStringLiteral("Files"));
+        Prepare(mode, *search->FilterColumns(), &entry, record.get(), nullptr);
+    }
+    /// Starts an edit session and types a new part number, as the user would.
+    void change()
+    {
+        activate(this);
+        QTest::mouseClick(findChild<QPushButton*>(QStringLiteral("cmdEdit")), Qt::LeftButton);
+        auto* part = findChild<QLineEdit*>(QStringLiteral("txtTextField_1"));
+        part->setFocus();
+        part->selectAll();
+        QTest::keyClicks(part, QStringLiteral("P-4707-C"));
+    }
+
+private:
+    std::unique_ptr<Recordset> record;
+    SceneEntry entry;
 };
 
 /// Gives the demonstration table Files a column of each type that its set lacks, and record 7 values.
@@ -132,6 +173,39 @@ SD_SCENE("entry-control-scrolling", [](SceneContext& ctx) -> std::unique_ptr<QWi
     auto host = std::make_unique<EntryHost>(ctx, QSize(520, 400), kseModeEdit);
     host->edit();
     return host;
+});
+
+SD_SCENE("examine-viewing", [](SceneContext& ctx) -> std::unique_ptr<QWidget> {
+    return std::make_unique<ExamineHost>(ctx, kseModeExamine);
+});
+
+SD_SCENE("examine-editing", [](SceneContext& ctx) -> std::unique_ptr<QWidget> {
+    auto form = std::make_unique<ExamineHost>(ctx, kseModeEdit);
+    form->change();
+    return form;
+});
+
+SD_SCENE("examine-close-question", [](SceneContext& ctx) -> std::unique_ptr<QWidget> {
+    // The window's own close asks through the services: the question is caught as it shows, and
+    // answered Cancel so that the window stays as it was.
+    auto form = std::make_unique<ExamineHost>(ctx, kseModeEdit);
+    form->change();
+    QPixmap question;
+    QTimer::singleShot(0, [&question] {
+        QMessageBox* box = nullptr;
+        if (!QTest::qWaitFor([&box] { return (box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) != nullptr; })
+            || !QTest::qWaitForWindowExposed(box))
+            qFatal("the examine window closed without a question");
+        question = box->grab();
+        box->button(QMessageBox::Cancel)->click();
+    });
+    form->close();
+    if (!form->isVisible())
+        qFatal("the examine window closed although the question was answered Cancel");
+    auto shown = std::make_unique<QLabel>();
+    shown->setPixmap(question);
+    shown->setFixedSize(question.deviceIndependentSize().toSize());
+    return shown;
 });
 
 } // namespace searchdata::shots
