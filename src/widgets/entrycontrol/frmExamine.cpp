@@ -1,4 +1,4 @@
-#include "entrycontrol/frmExamine.h"
+#include "searchdata/widgets/frmExamine.h"
 
 #include "host/FormPlacement.h"
 #include "host/LanguageAdaptation.h"

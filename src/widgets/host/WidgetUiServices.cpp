@@ -1,7 +1,7 @@
 #include "searchdata/widgets/WidgetUiServices.h"
 
 #include "config/frmConfigure.h"
-#include "entrycontrol/frmExamine.h"
+#include "searchdata/widgets/frmExamine.h"
 #include "filter/frmFilter.h"
 #include "host/FormPlacement.h"
 #include "host/LibraryForms.h"

@@ -1,7 +1,8 @@
 // The examine window: where it stands and how small it gets, how it closes, and what it saves.
 
 #include "EntryControlFixture.h"
-#include "entrycontrol/frmExamine.h"
+#include "searchdata/widgets/frmExamine.h"
+#include "host/LanguageAdaptation.h"
 #include "host/LibraryForms.h"
 #include "searchdata/CFilterColumn.h"
 #include "searchdata/CFilterColumns.h"
@@ -169,6 +170,46 @@ TEST_P(ExamineWindowTest, TheSearchsViewShowsTheRecordInALibraryWindowThatGoesAf
     EXPECT_TRUE(registered);
     for (const QWidget* window : LibraryForms())
         EXPECT_NE(window->objectName(), "frmExamine") << "deleted once it closed";
+}
+
+TEST_P(ExamineWindowTest, ForAJapaneseReaderEveryPartAndEveryRowShowsInAJapaneseFont)
+{
+    const QString japanese = JapaneseFontFamily();
+    ASSERT_FALSE(japanese.isEmpty()) << "scripts/install-deps.sh installs a font with Japanese glyphs";
+    // The language follows the process locale here; the rows are made after the window and the
+    // control, so they show whether the family reaches what comes later.
+    struct ReaderLocale {
+        explicit ReaderLocale(QLocale::Language language) { QLocale::setDefault(QLocale(language)); }
+        ~ReaderLocale() { QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates)); }
+    };
+    const std::pair<const char*, std::function<QWidget*()>> hosts[] = {
+        {"the examine window", [this] { openWindow(kseModeEdit); return static_cast<QWidget*>(form.get()); }},
+        {"the control alone",
+         [this] {
+             openControl();
+             control->Display(nullptr, &entry, kseModeEdit);
+             return static_cast<QWidget*>(control.get());
+         }},
+    };
+    for (const auto& [language, adapted] : {std::pair{QLocale::Japanese, true}, std::pair{QLocale::German, false}}) {
+        for (const auto& [host, open] : hosts) {
+            SCOPED_TRACE(QLocale::languageToString(language).toStdString() + ", " + host);
+            const ReaderLocale reader(language);
+            QWidget* window = open();
+            ASSERT_FALSE(HasFatalFailure());
+            ASSERT_NE(named<QLineEdit>(window, "txtTextField_1"), nullptr) << "the rows are made";
+            QList<QWidget*> parts = window->findChildren<QWidget*>();
+            parts << window;
+            int checked = 0;
+            for (const QWidget* part : parts) {
+                if (part->window() != window)
+                    continue;
+                EXPECT_EQ(part->font().family() == japanese, adapted) << part->objectName().toStdString();
+                ++checked;
+            }
+            EXPECT_GT(checked, 40);
+        }
+    }
 }
 
 /// The cases that save, on both databases.

@@ -2,7 +2,7 @@
 // valid, and a window too small for its rows; and the examine window around it, viewing, editing and
 // asking before it drops a change.
 
-#include "entrycontrol/frmExamine.h"
+#include "searchdata/widgets/frmExamine.h"
 #include "screenshots/Scenes.h"
 #include "searchdata/CFilterColumns.h"
 #include "searchdata/ISearchBaseEntry.h"

@@ -32,9 +32,6 @@ public:
     void Prepare(KVOSearchEditExamineModes mode, CFilterColumns& columns, ISearchBaseEntry* entry, Recordset* source,
                  const IFormInfo* owner);
 
-    /// The smallest inner size the window keeps.
-    QSizeF MinimumInnerSize() const { return m_sizeMin; }
-
     // The control's view of the window: its outer place and size, its inner width, and the width
     // of a text in the control's font.
     float Height() const override;
