@@ -45,6 +45,8 @@ public:
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
+    /// The rules of a resize hold from the first showing on, as the size was set before.
+    void showEvent(QShowEvent* event) override;
     /// The close button, or the host closing the window: with unsaved changes the user decides.
     void closeEvent(QCloseEvent* event) override;
     /// Escape, where the control does not take it, closes as the close button does.

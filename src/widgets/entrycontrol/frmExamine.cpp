@@ -108,6 +108,12 @@ void frmExamine::resizeEvent(QResizeEvent* event)
     formResize();
 }
 
+void frmExamine::showEvent(QShowEvent* event)
+{
+    QDialog::showEvent(event);
+    formResize();
+}
+
 void frmExamine::formResize()
 {
     const ReentryGuard guard(m_resizing);

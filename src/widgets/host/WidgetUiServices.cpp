@@ -1,7 +1,6 @@
 #include "searchdata/widgets/WidgetUiServices.h"
 
 #include "config/frmConfigure.h"
-#include "searchdata/widgets/frmExamine.h"
 #include "filter/frmFilter.h"
 #include "host/FormPlacement.h"
 #include "host/LibraryForms.h"
@@ -13,6 +12,7 @@
 #include "searchdata/widgets/CCleanupFormManager.h"
 #include "searchdata/widgets/CFormInfo.h"
 #include "searchdata/widgets/ObjectMonitor.h"
+#include "searchdata/widgets/frmExamine.h"
 
 #include <QApplication>
 #include <QClipboard>

@@ -106,6 +106,13 @@ TEST_P(ExamineWindowTest, TheWindowKeepsItsMinimumAndStaysOnTheScreen)
             << form->frameGeometry().height();
         EXPECT_EQ(kseEdit()->geometry(), form->rect()) << "the control fills the window";
     }
+
+    // Where 0.8 of the area is less than the minimum, the window shows at the minimum.
+    ui->setUsableScreenSize(QSizeF(120, 90));
+    form = std::make_unique<frmExamine>();
+    form->Prepare(kseModeEdit, *cols, &entry, nullptr, nullptr);
+    form->show();
+    EXPECT_TRUE(waitFor([&] { return form->frameGeometry().size() == minimum; })) << form->width() << "x" << form->height();
 }
 
 TEST_P(ExamineWindowTest, AViewWindowHasNothingToSaveAndClosesAtOnceWhicheverWay)
