@@ -1,7 +1,7 @@
-// The examine window: where it stands and how small it gets, how it closes, and what it saves.
+// The examine window: where it stands and how small it gets, how it closes, what it saves, and the
+// font that a Japanese reader sees in it.
 
 #include "EntryControlFixture.h"
-#include "searchdata/widgets/frmExamine.h"
 #include "host/LanguageAdaptation.h"
 #include "host/LibraryForms.h"
 #include "searchdata/CFilterColumn.h"
@@ -9,6 +9,7 @@
 #include "searchdata/CSearchFilter.h"
 #include "searchdata/Resources.h"
 #include "searchdata/widgets/WidgetUiServices.h"
+#include "searchdata/widgets/frmExamine.h"
 
 #include <QApplication>
 #include <QLineEdit>

@@ -2,7 +2,6 @@
 // valid, and a window too small for its rows; and the examine window around it, viewing, editing and
 // asking before it drops a change.
 
-#include "searchdata/widgets/frmExamine.h"
 #include "screenshots/Scenes.h"
 #include "searchdata/CFilterColumns.h"
 #include "searchdata/ISearchBaseEntry.h"
@@ -10,6 +9,7 @@
 #include "searchdata/Recordset.h"
 #include "searchdata/widgets/UKVOSearch.h"
 #include "searchdata/widgets/UKVOSearchContainer.h"
+#include "searchdata/widgets/frmExamine.h"
 
 #include <QApplication>
 #include <QLabel>
