@@ -1,10 +1,12 @@
-// Making a search table filled from a large base table through the schema tool, beside the same
-// table made by hand with CREATE TABLE and INSERT ... SELECT, on SQLite.
+// Making a search table filled from a large base table through the schema tool, beside the baseline:
+// the same table by hand, CREATE TABLE with its keys and INSERT ... SELECT of every key, in one
+// transaction.
 //
-//   bench_create_filled_table [rows=1000000] [rounds=3]
+//   bench_create_filled_table [rows=1000000] [rounds=3] [database] (see BenchRun.h)
 //
 // Prints the best time of each over the rounds and their ratio.
 
+#include "BenchRun.h"
 #include "searchdata/Catalog.h"
 #include "searchdata/DatabaseHandler.h"
 #include "searchdata/SchemaTool.h"
@@ -19,6 +21,7 @@
 #include <limits>
 
 using namespace searchdata;
+using namespace searchdata::bench;
 
 namespace {
 
@@ -49,19 +52,24 @@ double timeTool(DatabaseHandler& db, Catalog& catalog)
 
 double timeByHand(DatabaseHandler& db)
 {
+    const QString hand = db.BracketName(QStringLiteral("HandSearchData"));
+    const QString id = db.BracketName(QStringLiteral("FileId"));
+    const QString files = db.BracketName(QStringLiteral("Files"));
     QSqlQuery q(db.database());
     QElapsedTimer timer;
     timer.start();
     const bool ok = q.exec(QStringLiteral("BEGIN"))
-                    && q.exec(QStringLiteral("CREATE TABLE [HandSearchData] ([FileId] INTEGER NOT NULL, "
-                                             "[Customer] VARCHAR(255) DEFAULT 'none', "
-                                             "CONSTRAINT [UK_HandSearchData] UNIQUE ([FileId]), "
-                                             "CONSTRAINT [FK_HandSearchData_Files] FOREIGN KEY ([FileId]) REFERENCES [Files] ([FileId]) "
-                                             "ON DELETE CASCADE ON UPDATE CASCADE)"))
-                    && q.exec(QStringLiteral("INSERT INTO [HandSearchData] ([FileId]) SELECT [FileId] FROM [Files]"))
+                    && q.exec(QStringLiteral("CREATE TABLE ") + hand + QStringLiteral(" (") + id + QStringLiteral(" INTEGER NOT NULL, ")
+                              + db.BracketName(QStringLiteral("Customer")) + QStringLiteral(" VARCHAR(255) DEFAULT 'none', CONSTRAINT ")
+                              + db.BracketName(QStringLiteral("UK_HandSearchData")) + QStringLiteral(" UNIQUE (") + id
+                              + QStringLiteral("), CONSTRAINT ") + db.BracketName(QStringLiteral("FK_HandSearchData_Files"))
+                              + QStringLiteral(" FOREIGN KEY (") + id + QStringLiteral(") REFERENCES ") + files + QStringLiteral(" (") + id
+                              + QStringLiteral(") ON DELETE CASCADE ON UPDATE CASCADE)"))
+                    && q.exec(QStringLiteral("INSERT INTO ") + hand + QStringLiteral(" (") + id + QStringLiteral(") SELECT ") + id
+                              + QStringLiteral(" FROM ") + files)
                     && q.exec(QStringLiteral("COMMIT"));
     const double ms = timer.nsecsElapsed() / 1e6;
-    if (!ok || !q.exec(QStringLiteral("DROP TABLE [HandSearchData]")))
+    if (!ok || !q.exec(QStringLiteral("DROP TABLE ") + hand))
         return -1;
     return ms;
 }
@@ -71,23 +79,23 @@ double timeByHand(DatabaseHandler& db)
 int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
-    const QStringList args = app.arguments();
-    const qint64 rows = args.size() > 1 ? args[1].toLongLong() : 1000000;
-    const int rounds = args.size() > 2 ? std::max(1, args[2].toInt()) : 3;
+    const BenchOptions options = ParseBenchOptions(app.arguments(), 1000000, 3);
+    const qint64 rows = options.size;
+    const int rounds = options.rounds;
     QTextStream out(stdout);
 
     QTemporaryDir dir;
-    auto opened = DatabaseHandler::open(dir.filePath(QStringLiteral("bench.sqlite")));
-    if (!opened || rows <= 0) {
-        out << "cannot open the database, or no rows asked for\n";
+    auto db = OpenBenchDatabase(options, dir);
+    if (!db)
         return 1;
-    }
-    auto db = opened.value();
+    const QString files = db->BracketName(QStringLiteral("Files"));
     TransactionState tx;
     const bool filled = db->BeginTableTransaction(tx)
-                        && db->ExecuteSql(QStringLiteral("CREATE TABLE [Files] ([FileId] INTEGER PRIMARY KEY, [Name] VARCHAR(100), [Archived] INTEGER)"))
-                        && db->ExecuteSql(QStringLiteral("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < %1) "
-                                                         "INSERT INTO [Files] SELECT i, 'file ' || i, i % 3 = 0 FROM n").arg(rows))
+                        && db->ExecuteSql(QStringLiteral("CREATE TABLE ") + files + QStringLiteral(" (") + db->BracketName(QStringLiteral("FileId"))
+                                          + QStringLiteral(" INTEGER PRIMARY KEY, ") + db->BracketName(QStringLiteral("Name"))
+                                          + QStringLiteral(" VARCHAR(100), ") + db->BracketName(QStringLiteral("Archived")) + QStringLiteral(" INTEGER)"))
+                        && db->ExecuteSql(QStringLiteral("INSERT INTO ") + files
+                                          + QStringLiteral(" SELECT i, 'file ' || i, i % 3 FROM ") + CountingSql(rows) + QStringLiteral(" AS k"))
                         && db->CommitTableTransaction(tx);
     db->EndTableTransaction(tx);
     if (!filled) {
@@ -114,5 +122,9 @@ int main(int argc, char** argv)
     }
     out << QStringLiteral("rows %1, best of %2: schema tool CreateTable with fill %3 ms, CREATE TABLE + INSERT ... SELECT %4 ms, ratio %5\n")
                .arg(rows).arg(rounds).arg(bestTool, 0, 'f', 1).arg(bestHand, 0, 'f', 1).arg(bestTool / bestHand, 0, 'f', 3);
+    out.flush();
+    PrintBenchResult(QStringLiteral("create-fill"), DatabaseName(*db), rows, bestTool, bestHand);
+    if (db->DatabaseKind() != dbkSQLite)
+        db->ExecuteSql(QStringLiteral("DROP TABLE ") + files);
     return 0;
 }

@@ -4,6 +4,7 @@
 // against one relayout of the form, and the time from the last of 50 keystrokes to the end of the
 // update of the buttons. Usage: bench_entry_control [runs]
 
+#include "BenchRun.h"
 #include "searchdata/CCommon.h"
 #include "searchdata/CFilterColumns.h"
 #include "searchdata/CSearchFilter.h"
@@ -33,6 +34,7 @@
 #include <functional>
 
 using namespace searchdata;
+using namespace searchdata::bench;
 
 namespace {
 
@@ -264,5 +266,7 @@ int main(int argc, char** argv)
                 controlResize / formResize);
     std::printf("keystrokes:          %d keys, %.2f ms per key; last key to the end of the button update %.1f ms (200 ms of it the wait for quiet)\n",
                 kKeys, perKey, updateEnd);
+    PrintBenchResult(QStringLiteral("entry-build"), DatabaseName(*db), kColumns, median(controlBuild), median(formBuild));
+    PrintBenchResult(QStringLiteral("entry-resize"), DatabaseName(*db), kColumns, controlResize / 1000, formResize / 1000);
     return 0;
 }

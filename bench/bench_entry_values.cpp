@@ -1,21 +1,34 @@
-// Loading and saving one record's search data through the library, beside the same statements
-// issued directly through prepared QSqlQuery objects. SQLite, 20 columns of which 5 are keyword
-// columns with 3 keywords each. Usage: bench_entry_values [records]
+// Loading and saving one record's search data, 20 columns of which 5 are keyword columns with three
+// keywords each: each edit changes three of the fifteen other columns and swaps one keyword of one
+// keyword column, as a user's edit of a record does.
+//
+//   bench_entry_values [records=10000] [rounds=3] [database] (see BenchRun.h)
+//
+// The library loads the record (GetData) into the controls (ResetData), as the entry control does,
+// the edit goes into the controls, and SaveDataFromEditControl writes it. The baseline is what a careful developer writes by hand with
+// prepared statements, in one transaction per record: read the search row and the keywords, work out
+// what changed, update only the changed fields, delete the removed keyword and insert the added one.
+// Rounds take turns at going first; prints the best time of each.
 
+#include "BenchRun.h"
 #include "searchdata/CCommon.h"
 #include "searchdata/Catalog.h"
 #include "searchdata/ControlInterfaces.h"
-#include "searchdata/DatabaseHandler.h"
 #include "searchdata/ISearchBaseEntry.h"
 #include "searchdata/ISearchBaseTable.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QSqlQuery>
+#include <QSqlRecord>
 #include <QTemporaryDir>
 #include <cstdio>
+#include <functional>
+#include <limits>
+#include <map>
 
 using namespace searchdata;
+using namespace searchdata::bench;
 
 namespace {
 
@@ -65,122 +78,262 @@ void check(bool ok, const char* what)
     }
 }
 
+QString standardName(int b) { return QStringLiteral("S") + QString::number(b); }
+QString keywordName(int k) { return QStringLiteral("K") + QString::number(k); }
+bool isNumber(int b) { return b % 3 == 0; }
+
+/// The edit of record `i` in pass `pass`: three standard fields get new texts, and one keyword column
+/// trades "green" for "yellow" or back, so that every pass changes what the one before wrote.
+struct Edit {
+    int record, pass;
+    bool changes(int b) const { return (b - record) % 5 == 0; }
+    int keywordColumn() const { return record % kKeyword; }
+    QString text(int b) const
+    {
+        return isNumber(b) ? QString::number(record * 100 + pass * 20 + b) : QStringLiteral("edited %1 %2 %3").arg(record).arg(b).arg(pass);
+    }
+    void apply(QStringList& keys) const
+    {
+        const qsizetype green = keys.indexOf(QStringLiteral("green"));
+        if (green >= 0) {
+            keys.removeAt(green);
+            keys.append(QStringLiteral("yellow"));
+        } else {
+            keys.removeAll(QStringLiteral("yellow"));
+            keys.append(QStringLiteral("green"));
+        }
+    }
+};
+
+/// The baseline: prepared statements by hand.
+class ByHand {
+public:
+    explicit ByHand(DatabaseHandler& db) : m_db(db), m_sql(db.database()), m_readRow(m_sql)
+    {
+        const QString id = db.BracketName(QStringLiteral("FileId"));
+        QStringList fields;
+        for (int b = 0; b < kStandard; ++b)
+            fields << db.BracketName(standardName(b));
+        check(m_readRow.prepare(QStringLiteral("SELECT ") + fields.join(QStringLiteral(", ")) + QStringLiteral(" FROM ")
+                                + db.BracketName(QStringLiteral("FilesSearchData")) + QStringLiteral(" WHERE ") + id + QStringLiteral(" = ?")),
+              "prepare the row");
+        const QString order = db.dialect().storageOrderLasts() ? db.dialect().storageOrder() : db.BracketName(QStringLiteral("KeywordOrder"));
+        for (int k = 0; k < kKeyword; ++k) {
+            const QString table = db.BracketName(QStringLiteral("FilesSearchKeyword") + keywordName(k));
+            const QString field = db.BracketName(keywordName(k));
+            Keyword& kw = m_keywords.emplace_back(m_sql);
+            check(kw.read.prepare(QStringLiteral("SELECT ") + field + QStringLiteral(" FROM ") + table + QStringLiteral(" WHERE ") + id
+                                  + QStringLiteral(" = ? ORDER BY ") + order)
+                      && kw.remove.prepare(QStringLiteral("DELETE FROM ") + table + QStringLiteral(" WHERE ") + id + QStringLiteral(" = ? AND ")
+                                           + field + QStringLiteral(" = ?"))
+                      && kw.add.prepare(QStringLiteral("INSERT INTO ") + table + QStringLiteral(" (") + id + QStringLiteral(", ") + field
+                                        + QStringLiteral(") VALUES (?, ?)")),
+                  "prepare the keywords");
+        }
+    }
+
+    void loadAndSave(const Edit& edit)
+    {
+        check(m_db.database().transaction(), "begin");
+        m_readRow.bindValue(0, edit.record);
+        check(m_readRow.exec() && m_readRow.next(), "read the row");
+        QStringList changed;
+        QVariantList values;
+        for (int b = 0; b < kStandard; ++b) {
+            const QString now = m_readRow.value(b).toString();
+            const QString next = edit.changes(b) ? edit.text(b) : now;
+            if (next != now) {
+                changed << standardName(b);
+                values << (isNumber(b) ? QVariant(next.toInt()) : QVariant(next));
+            }
+        }
+        m_readRow.finish();
+        std::vector<QStringList> keys(kKeyword);
+        for (int k = 0; k < kKeyword; ++k) {
+            QSqlQuery& read = m_keywords[k].read;
+            read.bindValue(0, edit.record);
+            check(read.exec(), "read the keywords");
+            while (read.next())
+                keys[k] << read.value(0).toString();
+        }
+
+        if (!changed.isEmpty()) {
+            QSqlQuery& update = updateOf(changed);
+            for (int v = 0; v < values.size(); ++v)
+                update.bindValue(v, values[v]);
+            update.bindValue(int(values.size()), edit.record);
+            check(update.exec(), "update the row");
+        }
+        const int k = edit.keywordColumn();
+        QStringList next = keys[k];
+        edit.apply(next);
+        for (const QString& gone : keys[k])
+            if (!next.contains(gone))
+                bind(m_keywords[k].remove, edit.record, gone);
+        for (const QString& added : next)
+            if (!keys[k].contains(added))
+                bind(m_keywords[k].add, edit.record, added);
+        check(m_db.database().commit(), "commit");
+    }
+
+private:
+    struct Keyword {
+        explicit Keyword(const QSqlDatabase& sql) : read(sql), remove(sql), add(sql) {}
+        QSqlQuery read, remove, add;
+    };
+
+    static void bind(QSqlQuery& q, int record, const QString& key)
+    {
+        q.bindValue(0, record);
+        q.bindValue(1, key);
+        check(q.exec(), "write a keyword");
+    }
+
+    /// An UPDATE of these fields, prepared the first time they change together.
+    QSqlQuery& updateOf(const QStringList& fields)
+    {
+        const QString key = fields.join(u',');
+        auto& q = m_updates[key];
+        if (!q) {
+            QString sets;
+            for (const QString& f : fields)
+                sets += (sets.isEmpty() ? QString() : QStringLiteral(", ")) + m_db.BracketName(f) + QStringLiteral(" = ?");
+            q = std::make_unique<QSqlQuery>(m_sql);
+            check(q->prepare(QStringLiteral("UPDATE ") + m_db.BracketName(QStringLiteral("FilesSearchData")) + QStringLiteral(" SET ") + sets
+                             + QStringLiteral(" WHERE ") + m_db.BracketName(QStringLiteral("FileId")) + QStringLiteral(" = ?")),
+                  "prepare an update");
+        }
+        return *q;
+    }
+
+    DatabaseHandler& m_db;
+    QSqlDatabase m_sql;
+    QSqlQuery m_readRow;
+    std::vector<Keyword> m_keywords;
+    std::map<QString, std::unique_ptr<QSqlQuery>> m_updates;
+};
+
 } // namespace
 
 int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
-    const int records = argc > 1 ? std::atoi(argv[1]) : 10000;
+    const BenchOptions options = ParseBenchOptions(app.arguments(), 10000, 3);
+    const int records = int(options.size);
     QTemporaryDir dir;
-    auto db = DatabaseHandler::open(dir.filePath(QStringLiteral("bench.sqlite"))).value();
-    check(db->ExecuteSql(QStringLiteral("PRAGMA synchronous = OFF")), "pragma");
-    check(db->ExecuteSql(QStringLiteral("CREATE TABLE Files (FileId INTEGER PRIMARY KEY, Name VARCHAR(255))")), "base table");
-    {
-        TableTransaction tx(*db);
-        for (int i = 1; i <= records; ++i)
-            db->ExecuteSql(QStringLiteral("INSERT INTO Files VALUES (?, ?)"), QVariantList{i, QStringLiteral("file %1").arg(i)});
-        check(tx.commit(), "base rows");
-    }
+    const auto db = OpenBenchDatabase(options, dir);
+    if (!db)
+        return 1;
+    const auto n = [&](const QString& name) { return db->BracketName(name); };
+    const QString id = n(QStringLiteral("FileId"));
+    const QString upTo = QStringLiteral(" FROM ") + CountingSql(records) + QStringLiteral(" AS k");
+    check(CreateBaseTable(*db, QStringLiteral("Files"), QStringLiteral("FileId"), records), "base table");
     auto catalog = std::make_shared<Catalog>(db);
     auto structure = TableStructure::NewStructure(QStringLiteral("Files"));
     (void)structure->AddColumn(QStringLiteral("FileId"), adInteger, 0, 0, false);
     (void)structure->AddPrimaryKey(QStringLiteral("PK_Files"), {QStringLiteral("FileId")});
     auto columns = CCommon().CreateSearchFilterObject(db, std::make_shared<Table>(), catalog, nullptr, 0, structure)->FilterColumns();
     check(columns != nullptr, "open");
-    for (int i = 0; i < kStandard; ++i)
-        columns->Add(QStringLiteral("S%1").arg(i), {}, {}, i % 3 == 0 ? fcInteger32 : fcText, 40, false, false);
-    for (int i = 0; i < kKeyword; ++i)
-        columns->Add(QStringLiteral("K%1").arg(i), {}, {}, fcKeyword, 40, false, false);
+    for (int b = 0; b < kStandard; ++b)
+        columns->Add(standardName(b), {}, {}, isNumber(b) ? fcInteger32 : fcText, 40, false, false);
+    for (int k = 0; k < kKeyword; ++k)
+        columns->Add(keywordName(k), {}, {}, fcKeyword, 40, false, false);
     check(columns->ColumnsSave(nullptr), "save definitions");
     columns->ColumnsFetch();
 
-    std::vector<std::unique_ptr<Box>> boxes;
-    std::vector<std::unique_ptr<Combo>> combos;
+    // Every record starts with values in every field and three keywords in each keyword column.
+    {
+        QString sets;
+        for (int b = 0; b < kStandard; ++b)
+            sets += (b ? QStringLiteral(", ") : QString()) + n(standardName(b))
+                    + (isNumber(b) ? QStringLiteral(" = ") + id + QStringLiteral(" + ") + QString::number(b)
+                                   : QStringLiteral(" = 'value ' || ") + id);
+        TableTransaction tx(*db);
+        check(db->ExecuteSql(QStringLiteral("UPDATE ") + n(QStringLiteral("FilesSearchData")) + QStringLiteral(" SET ") + sets), "values");
+        for (int k = 0; k < kKeyword; ++k)
+            for (const QString& key : {QStringLiteral("'red' || (i % 7)"), QStringLiteral("'green'"), QStringLiteral("'blue' || (i % 5)")})
+                check(db->ExecuteSql(QStringLiteral("INSERT INTO ") + n(QStringLiteral("FilesSearchKeyword") + keywordName(k)) + QStringLiteral(" (")
+                                     + id + QStringLiteral(", ") + n(keywordName(k)) + QStringLiteral(") SELECT i, ") + key + upTo),
+                      "keywords");
+        check(tx.commit(), "commit the values");
+    }
+
+    std::map<QString, std::unique_ptr<Box>> boxes;
+    std::vector<std::unique_ptr<Combo>> combos(kKeyword);
     for (const auto& c : *columns) {
         c->setIsValid(true);
         if (c->ColumnType() == fcKeyword) {
-            combos.push_back(std::make_unique<Combo>());
-            c->setMyControl(combos.back().get());
+            auto& combo = combos[c->Name().mid(1).toInt()];
+            combo = std::make_unique<Combo>();
+            c->setMyControl(combo.get());
         } else {
-            boxes.push_back(std::make_unique<Box>());
-            c->setMyControl(boxes.back().get());
+            auto& box = boxes[c->Name()];
+            box = std::make_unique<Box>();
+            c->setMyControl(box.get());
         }
     }
-    auto fill = [&](int i) {
-        for (size_t b = 0; b < boxes.size(); ++b)
-            boxes[b]->text = b % 3 == 0 ? QString::number(i + int(b)) : QStringLiteral("value %1 %2").arg(i).arg(b);
-        for (auto& c : combos)
-            c->items = {QStringLiteral("red%1").arg(i % 7), QStringLiteral("green"), QStringLiteral("blue%1").arg(i % 5)};
-    };
-
-    QElapsedTimer timer;
-    timer.start();
-    Entry entry;
-    for (int i = 1; i <= records; ++i) {
-        entry.id = i;
+    const auto throughLibrary = [&](const Edit& edit) {
+        Entry entry;
+        entry.id = edit.record;
+        // As the entry control shows a record: its stored values, then each column's into its control.
         columns->GetData(&entry);
-        fill(i);
-        check(columns->SaveDataFromEditControl(&entry), "library save");
-    }
-    const double library = double(timer.nsecsElapsed()) / records / 1000.0;
-
-    // The same statements, prepared once, bound per record.
-    QSqlDatabase sql = db->database();
-    QSqlQuery readRow(sql), exists(sql), update(sql), begin(sql), commit(sql);
-    readRow.prepare(QStringLiteral("SELECT * FROM FilesSearchData WHERE FileId = ?"));
-    exists.prepare(QStringLiteral("SELECT 1 FROM FilesSearchData WHERE FileId = ?"));
-    QStringList sets;
-    for (int i = 0; i < kStandard; ++i)
-        sets << QStringLiteral("S%1 = ?").arg(i);
-    update.prepare(QStringLiteral("UPDATE FilesSearchData SET %1 WHERE FileId = ?").arg(sets.join(QStringLiteral(", "))));
-    std::vector<std::unique_ptr<QSqlQuery>> readKeys, deleteKeys, insertKeys;
-    for (int k = 0; k < kKeyword; ++k) {
-        readKeys.push_back(std::make_unique<QSqlQuery>(sql));
-        readKeys.back()->prepare(QStringLiteral("SELECT K%1 FROM FilesSearchKeywordK%1 WHERE FileId = ? ORDER BY rowid").arg(k));
-        deleteKeys.push_back(std::make_unique<QSqlQuery>(sql));
-        deleteKeys.back()->prepare(QStringLiteral("DELETE FROM FilesSearchKeywordK%1 WHERE FileId = ?").arg(k));
-        insertKeys.push_back(std::make_unique<QSqlQuery>(sql));
-        insertKeys.back()->prepare(QStringLiteral("INSERT INTO FilesSearchKeywordK%1 (FileId, K%1) VALUES (?, ?)").arg(k));
-    }
-    timer.restart();
-    for (int i = 1; i <= records; ++i) {
-        readRow.bindValue(0, i);
-        readRow.exec();
-        const int fieldCount = readRow.record().count();
-        while (readRow.next())
-            for (int f = 0; f < fieldCount; ++f)
-                (void)readRow.value(f);
-        for (auto& q : readKeys) {
-            q->bindValue(0, i);
-            q->exec();
-            while (q->next())
-                (void)q->value(0);
-        }
-        fill(i);
-        begin.exec(QStringLiteral("BEGIN IMMEDIATE"));
-        exists.bindValue(0, i);
-        exists.exec();
-        exists.next();
+        for (const auto& c : *columns)
+            c->ResetData();
         for (int b = 0; b < kStandard; ++b)
-            update.bindValue(b, b % 3 == 0 ? QVariant(boxes[b]->text.toInt()) : QVariant(boxes[b]->text));
-        update.bindValue(kStandard, i);
-        update.exec();
-        for (int k = 0; k < kKeyword; ++k) {
-            deleteKeys[k]->bindValue(0, i);
-            deleteKeys[k]->exec();
-            for (const QString& item : combos[k]->items) {
-                insertKeys[k]->bindValue(0, i);
-                insertKeys[k]->bindValue(1, item);
-                insertKeys[k]->exec();
-            }
-        }
-        commit.exec(QStringLiteral("COMMIT"));
-    }
-    const double baseline = double(timer.nsecsElapsed()) / records / 1000.0;
+            if (edit.changes(b))
+                boxes[standardName(b)]->text = edit.text(b);
+        edit.apply(combos[edit.keywordColumn()]->items);
+        check(columns->SaveDataFromEditControl(&entry), "library save");
+    };
+    ByHand byHand(*db);
 
-    std::printf("records: %d, 20 columns (5 keyword columns with 3 keywords), SQLite, synchronous off\n", records);
-    std::printf("library load+save:  %8.1f us per record\n", library);
-    std::printf("prepared baseline:  %8.1f us per record\n", baseline);
-    std::printf("ratio:              %8.2f\n", library / baseline);
+    int pass = 0;
+    const auto timed = [&](const std::function<void(const Edit&)>& loadAndSave) {
+        ++pass;
+        QElapsedTimer timer;
+        timer.start();
+        for (int i = 1; i <= records; ++i)
+            loadAndSave(Edit{i, pass});
+        return double(timer.nsecsElapsed()) / 1e6;
+    };
+    // What the library wrote for a record is what the edit made of it.
+    const auto written = [&](const Edit& edit) {
+        const QString where = QStringLiteral(" WHERE ") + id + QStringLiteral(" = ") + QString::number(edit.record);
+        QSqlQuery q(db->database());
+        QStringList keys;
+        check(q.exec(QStringLiteral("SELECT ") + n(keywordName(edit.keywordColumn())) + QStringLiteral(" FROM ")
+                     + n(QStringLiteral("FilesSearchKeyword") + keywordName(edit.keywordColumn())) + where),
+              "read back the keywords");
+        while (q.next())
+            keys << q.value(0).toString();
+        const int b = edit.record % 5;
+        check(q.exec(QStringLiteral("SELECT ") + n(standardName(b)) + QStringLiteral(" FROM ") + n(QStringLiteral("FilesSearchData")) + where),
+              "read back the row");
+        return q.next() && q.value(0).toString() == edit.text(b) && keys.size() == 3
+               && keys.contains(edit.pass % 2 ? QStringLiteral("yellow") : QStringLiteral("green"));
+    };
+    const std::function<void(const Edit&)> library = throughLibrary;
+    const std::function<void(const Edit&)> hand = [&](const Edit& e) { byHand.loadAndSave(e); };
+
+    double bestLibrary = std::numeric_limits<double>::max(), bestHand = bestLibrary;
+    for (int round = 0; round < options.rounds; ++round) {
+        const bool libraryFirst = round % 2 == 0;
+        const double first = timed(libraryFirst ? library : hand);
+        if (libraryFirst)
+            check(written(Edit{records / 2 + 1, pass}), "the library's values");
+        const double second = timed(libraryFirst ? hand : library);
+        if (!libraryFirst)
+            check(written(Edit{records / 2 + 1, pass}), "the library's values");
+        const double libraryMs = libraryFirst ? first : second, handMs = libraryFirst ? second : first;
+        std::printf("round %d: library %.1f ms, by hand %.1f ms\n", round + 1, libraryMs, handMs);
+        bestLibrary = std::min(bestLibrary, libraryMs);
+        bestHand = std::min(bestHand, handMs);
+    }
+
+    std::printf("%s, %d records of 20 columns (5 keyword columns of 3 keywords), best of %d\n", qPrintable(DatabaseName(*db)), records, options.rounds);
+    std::printf("library load+save:  %8.1f us per record\n", bestLibrary * 1000 / records);
+    std::printf("by hand:            %8.1f us per record\n", bestHand * 1000 / records);
+    std::printf("ratio:              %8.2f\n", bestLibrary / bestHand);
+    PrintBenchResult(QStringLiteral("load-save"), DatabaseName(*db), records, bestLibrary, bestHand);
     return 0;
 }

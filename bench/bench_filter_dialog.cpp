@@ -6,6 +6,7 @@
 //
 // Prints the median processor time of each, and their ratio.
 
+#include "BenchRun.h"
 #include "filter/frmFilter.h"
 #include "searchdata/CFilterColumns.h"
 #include "searchdata/CFilterTerms.h"
@@ -28,6 +29,7 @@
 #include <functional>
 
 using namespace searchdata;
+using namespace searchdata::bench;
 
 namespace {
 
@@ -200,5 +202,6 @@ int main(int argc, char** argv)
     out << "ten combo boxes filled by hand with the same " << entries.size() + 1
         << " entries: " << QString::number(handMs, 'f', 2) << " ms\n";
     out << "ratio: " << QString::number(dialogMs / handMs, 'f', 2) << Qt::endl;
+    PrintBenchResult(QStringLiteral("filter-dialog"), DatabaseName(db), kColumns, dialogMs, handMs);
     return restoredRows == frmFilter::kRows ? 0 : 1;
 }

@@ -1,13 +1,14 @@
 // The population check on a large base table whose search table lacks a tenth of its rows and holds
 // as many rows of records that are gone, interleaved as deleted records leave them:
-//   - the set-based check beside the same two set statements (INSERT ... SELECT, DELETE) by hand;
-//   - the walking check beside the set-based one.
+//   - the set-based check, and the walking check, each beside the baseline: the same repair by hand in
+//     two set statements, an INSERT ... SELECT of the missing rows and a DELETE of the orphans.
 //
-//   bench_population [rows=1000000] [rounds=3] [database=a new SQLite file | postgresql://user@host:port/db]
+//   bench_population [rows=1000000] [rounds=3] [database] (see BenchRun.h)
 //
 // Each check reports its progress to standard error as it runs; standard output gets the time of each
 // round, the best of each over the rounds, and their ratios.
 
+#include "BenchRun.h"
 #include "searchdata/CCheckPopulationArgs.h"
 #include "searchdata/CCheckPopulationResult.h"
 #include "searchdata/CCommon.h"
@@ -31,6 +32,7 @@
 #include <sys/resource.h>
 
 using namespace searchdata;
+using namespace searchdata::bench;
 
 namespace {
 
@@ -65,9 +67,7 @@ bool exec(DatabaseHandler& db, const QString& sql)
 /// Keys 1 to rows * 1.1 but every eleventh: the records that are gone leave their search rows behind.
 QString keys(qint64 rows, const QString& condition)
 {
-    return QStringLiteral("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < %1) SELECT i FROM n WHERE %2")
-        .arg(rows + rows / 10)
-        .arg(condition);
+    return QStringLiteral("SELECT i FROM ") + CountingSql(rows + rows / 10) + QStringLiteral(" AS k WHERE ") + condition;
 }
 
 /// A tenth of the records lose their search rows; the rows of the records that are gone come back.
@@ -103,19 +103,14 @@ qint64 count(DatabaseHandler& db, const QString& table)
 int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
-    const QStringList args = app.arguments();
-    const qint64 rows = args.size() > 1 ? args[1].toLongLong() : 1000000;
-    const int rounds = args.size() > 2 ? std::max(1, args[2].toInt()) : 3;
+    const BenchOptions options = ParseBenchOptions(app.arguments(), 1000000, 3);
+    const qint64 rows = options.size;
+    const int rounds = options.rounds;
     QTemporaryDir dir;
-    const QString location = args.size() > 3 ? args[3] : dir.filePath(QStringLiteral("bench.sqlite"));
     QTextStream out(stdout);
-
-    auto opened = DatabaseHandler::open(location);
-    if (!opened || rows <= 0) {
-        out << "cannot open the database, or no rows asked for\n";
+    auto db = OpenBenchDatabase(options, dir);
+    if (!db)
         return 1;
-    }
-    auto db = opened.value();
     const QString files = db->BracketName(QStringLiteral("Files"));
     QElapsedTimer setup;
     setup.start();
@@ -193,10 +188,13 @@ int main(int argc, char** argv)
     }
     out << QStringLiteral("%1, %2 base records, best of %3: set-based check %4 ms, by hand %5 ms, ratio %6; "
                           "walking check %7 ms, walking / set-based %8; resident at most %9 MB\n")
-               .arg(db->DatabaseKind() == dbkSQLite ? QStringLiteral("SQLite") : QStringLiteral("PostgreSQL"))
+               .arg(DatabaseName(*db))
                .arg(rows).arg(rounds)
                .arg(bestSets, 0, 'f', 1).arg(bestHand, 0, 'f', 1).arg(bestSets / bestHand, 0, 'f', 3)
                .arg(bestWalk, 0, 'f', 1).arg(bestWalk / bestSets, 0, 'f', 3).arg(maxResidentMb());
+    out.flush();
+    PrintBenchResult(QStringLiteral("population-sets"), DatabaseName(*db), rows, bestSets, bestHand);
+    PrintBenchResult(QStringLiteral("population-walk"), DatabaseName(*db), rows, bestWalk, bestHand);
     if (db->DatabaseKind() != dbkSQLite)
         exec(*db, QStringLiteral("DROP TABLE %1, %2").arg(db->BracketName(QStringLiteral("FilesSearchData")), files));
     return 0;
