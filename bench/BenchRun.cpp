@@ -3,6 +3,7 @@
 #include <QTextStream>
 #include <algorithm>
 #include <cstdio>
+#include <limits>
 
 namespace searchdata::bench {
 
@@ -52,6 +53,23 @@ bool CreateBaseTable(DatabaseHandler& db, const QString& table, const QString& k
            && db.ExecuteSql(QStringLiteral("INSERT INTO ") + db.BracketName(table) + QStringLiteral(" SELECT i, 'record ' || i FROM ")
                             + CountingSql(count) + QStringLiteral(" AS k"))
            && tx.commit();
+}
+
+std::optional<BestTimes> TakeTurns(int rounds, const std::function<double()>& library, const std::function<double()>& baseline)
+{
+    BestTimes best{std::numeric_limits<double>::max(), std::numeric_limits<double>::max()};
+    for (int round = 0; round < rounds; ++round) {
+        const bool libraryFirst = round % 2 == 0;
+        const double first = libraryFirst ? library() : baseline();
+        const double second = first < 0 ? -1 : libraryFirst ? baseline() : library();
+        if (second < 0)
+            return std::nullopt;
+        const double libraryMs = libraryFirst ? first : second, baselineMs = libraryFirst ? second : first;
+        std::printf("round %d: library %.1f ms, baseline %.1f ms\n", round + 1, libraryMs, baselineMs);
+        best.library = std::min(best.library, libraryMs);
+        best.baseline = std::min(best.baseline, baselineMs);
+    }
+    return best;
 }
 
 QString DatabaseName(const DatabaseHandler& db)

@@ -12,7 +12,9 @@
 
 #include <QStringList>
 #include <QTemporaryDir>
+#include <functional>
 #include <memory>
+#include <optional>
 
 namespace searchdata::bench {
 
@@ -36,6 +38,15 @@ QString CountingSql(qint64 count);
 
 /// Makes the base table `table`: the INTEGER primary key `key` from 1 to `count`, and a name.
 bool CreateBaseTable(DatabaseHandler& db, const QString& table, const QString& key, qint64 count);
+
+/// The best time of each side over `rounds`, the sides taking turns at going first so that neither
+/// always meets a warm cache. Each run gives its milliseconds, or a negative number when it failed;
+/// then this gives nothing.
+struct BestTimes {
+    double library = 0;
+    double baseline = 0;
+};
+std::optional<BestTimes> TakeTurns(int rounds, const std::function<double()>& library, const std::function<double()>& baseline);
 
 /// "SQLite" or "PostgreSQL".
 QString DatabaseName(const DatabaseHandler& db);

@@ -17,8 +17,6 @@
 #include <QSqlQuery>
 #include <QTemporaryDir>
 #include <QTextStream>
-#include <algorithm>
-#include <limits>
 
 using namespace searchdata;
 using namespace searchdata::bench;
@@ -104,22 +102,12 @@ int main(int argc, char** argv)
     }
     Catalog catalog(db);
 
-    double bestTool = std::numeric_limits<double>::max();
-    double bestHand = std::numeric_limits<double>::max();
-    for (int round = 0; round < rounds; ++round) {
-        // Alternate the order so that neither side always meets a warm cache first.
-        const double a = round % 2 == 0 ? timeTool(*db, catalog) : timeByHand(*db);
-        const double b = round % 2 == 0 ? timeByHand(*db) : timeTool(*db, catalog);
-        const double toolMs = round % 2 == 0 ? a : b;
-        const double handMs = round % 2 == 0 ? b : a;
-        if (toolMs < 0 || handMs < 0) {
-            out << "a round failed: " << db->lastError() << "\n";
-            return 1;
-        }
-        out << QStringLiteral("round %1: schema tool %2 ms, by hand %3 ms\n").arg(round + 1).arg(toolMs, 0, 'f', 1).arg(handMs, 0, 'f', 1);
-        bestTool = std::min(bestTool, toolMs);
-        bestHand = std::min(bestHand, handMs);
+    const auto best = TakeTurns(rounds, [&] { return timeTool(*db, catalog); }, [&] { return timeByHand(*db); });
+    if (!best) {
+        out << "a round failed: " << db->lastError() << "\n";
+        return 1;
     }
+    const double bestTool = best->library, bestHand = best->baseline;
     out << QStringLiteral("rows %1, best of %2: schema tool CreateTable with fill %3 ms, CREATE TABLE + INSERT ... SELECT %4 ms, ratio %5\n")
                .arg(rows).arg(rounds).arg(bestTool, 0, 'f', 1).arg(bestHand, 0, 'f', 1).arg(bestTool / bestHand, 0, 'f', 3);
     out.flush();

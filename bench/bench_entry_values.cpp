@@ -8,7 +8,7 @@
 // the edit goes into the controls, and SaveDataFromEditControl writes it. The baseline is what a careful developer writes by hand with
 // prepared statements, in one transaction per record: read the search row and the keywords, work out
 // what changed, update only the changed fields, delete the removed keyword and insert the added one.
-// Rounds take turns at going first; prints the best time of each.
+// Prints the best time of each over the rounds.
 
 #include "BenchRun.h"
 #include "searchdata/CCommon.h"
@@ -24,7 +24,6 @@
 #include <QTemporaryDir>
 #include <cstdio>
 #include <functional>
-#include <limits>
 #include <map>
 
 using namespace searchdata;
@@ -315,20 +314,16 @@ int main(int argc, char** argv)
     const std::function<void(const Edit&)> library = throughLibrary;
     const std::function<void(const Edit&)> hand = [&](const Edit& e) { byHand.loadAndSave(e); };
 
-    double bestLibrary = std::numeric_limits<double>::max(), bestHand = bestLibrary;
-    for (int round = 0; round < options.rounds; ++round) {
-        const bool libraryFirst = round % 2 == 0;
-        const double first = timed(libraryFirst ? library : hand);
-        if (libraryFirst)
+    const auto best = TakeTurns(
+        options.rounds,
+        [&] {
+            const double ms = timed(library);
             check(written(Edit{records / 2 + 1, pass}), "the library's values");
-        const double second = timed(libraryFirst ? hand : library);
-        if (!libraryFirst)
-            check(written(Edit{records / 2 + 1, pass}), "the library's values");
-        const double libraryMs = libraryFirst ? first : second, handMs = libraryFirst ? second : first;
-        std::printf("round %d: library %.1f ms, by hand %.1f ms\n", round + 1, libraryMs, handMs);
-        bestLibrary = std::min(bestLibrary, libraryMs);
-        bestHand = std::min(bestHand, handMs);
-    }
+            return ms;
+        },
+        [&] { return timed(hand); });
+    check(best.has_value(), "a round");
+    const double bestLibrary = best->library, bestHand = best->baseline;
 
     std::printf("%s, %d records of 20 columns (5 keyword columns of 3 keywords), best of %d\n", qPrintable(DatabaseName(*db)), records, options.rounds);
     std::printf("library load+save:  %8.1f us per record\n", bestLibrary * 1000 / records);

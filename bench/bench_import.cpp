@@ -4,8 +4,8 @@
 // read the block, write it) beside the baseline, what a careful developer writes by hand with
 // prepared statements in one transaction per block: read the record's search row and keywords,
 // parse the block with a parser made for exactly these fields, update the row with its values, and
-// delete and insert the keywords that differ. Each round imports blocks with new values, the sides
-// taking turns at going first; prints the best time of each.
+// delete and insert the keywords that differ. Each round imports blocks with new values; prints the
+// best time of each.
 //
 //   bench_import [blocks=10000] [rounds=3] [database] (see BenchRun.h)
 
@@ -27,7 +27,6 @@
 #include <QTemporaryDir>
 #include <cstdio>
 #include <functional>
-#include <limits>
 
 using namespace searchdata;
 using namespace searchdata::bench;
@@ -282,20 +281,16 @@ int main(int argc, char** argv)
               "imported values");
     };
 
-    double bestLibrary = std::numeric_limits<double>::max(), bestHand = bestLibrary;
-    for (int round = 0; round < options.rounds; ++round) {
-        const bool libraryFirst = round % 2 == 0;
-        const double first = timed(libraryFirst ? library : hand);
-        if (libraryFirst)
+    const auto best = TakeTurns(
+        options.rounds,
+        [&] {
+            const double ms = timed(library);
             imported();
-        const double second = timed(libraryFirst ? hand : library);
-        if (!libraryFirst)
-            imported();
-        const double libraryMs = libraryFirst ? first : second, handMs = libraryFirst ? second : first;
-        std::printf("round %d: import %.1f ms, by hand %.1f ms\n", round + 1, libraryMs, handMs);
-        bestLibrary = std::min(bestLibrary, libraryMs);
-        bestHand = std::min(bestHand, handMs);
-    }
+            return ms;
+        },
+        [&] { return timed(hand); });
+    check(best.has_value(), "a round");
+    const double bestLibrary = best->library, bestHand = best->baseline;
 
     std::printf("%s, %d blocks of 10 fields (3 keywords, a two-line note), best of %d\n", qPrintable(DatabaseName(*db)), blocks, options.rounds);
     std::printf("reading the blocks alone:        %10.0f blocks/s\n", blocks * 1000 / readingMs);
