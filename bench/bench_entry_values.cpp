@@ -2,7 +2,7 @@
 // keywords each: each edit changes three of the fifteen other columns and swaps one keyword of one
 // keyword column, as a user's edit of a record does.
 //
-//   bench_entry_values [records=10000] [rounds=3] [database] (see BenchRun.h)
+//   bench_entry_values [records=2000] [rounds=3] [database] (see BenchRun.h)
 //
 // The library loads the record (GetData) into the controls (ResetData), as the entry control does,
 // the edit goes into the controls, and SaveDataFromEditControl writes it. The baseline is what a careful developer writes by hand with
@@ -217,7 +217,7 @@ private:
 int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
-    const BenchOptions options = ParseBenchOptions(app.arguments(), 10000, 3);
+    const BenchOptions options = ParseBenchOptions(app.arguments(), 2000, 3);
     const int records = int(options.size);
     QTemporaryDir dir;
     const auto db = OpenBenchDatabase(options, dir);

@@ -27,6 +27,7 @@
 #include <QTemporaryDir>
 #include <cstdio>
 #include <functional>
+#include <limits>
 
 using namespace searchdata;
 using namespace searchdata::bench;
@@ -237,17 +238,20 @@ int main(int argc, char** argv)
     auto filter = open();
     CFilterColumns& columns = *filter->FilterColumns();
 
-    // Reading alone: the blocks into the columns, no database.
+    // Reading alone: the blocks into the columns, no database; the best of the rounds.
     QList<QByteArray> data;
     for (int i = 1; i <= blocks; ++i)
         data << Record(i, 0).block();
-    QElapsedTimer timer;
-    timer.start();
-    int named = 0;
-    for (const QByteArray& block : data)
-        named += int(detail::ReadDataBlock(columns, block, nullptr).named.size());
-    const double readingMs = double(timer.nsecsElapsed()) / 1e6;
-    check(named == 10 * blocks, "every field read");
+    double readingMs = std::numeric_limits<double>::max();
+    for (int round = 0; round < options.rounds; ++round) {
+        QElapsedTimer timer;
+        timer.start();
+        int named = 0;
+        for (const QByteArray& block : data)
+            named += int(detail::ReadDataBlock(columns, block, nullptr).named.size());
+        readingMs = std::min(readingMs, double(timer.nsecsElapsed()) / 1e6);
+        check(named == 10 * blocks, "every field read");
+    }
 
     const QString source = dir.filePath(QStringLiteral("program.nc"));
     const QDateTime stamp = QDateTime::currentDateTime();
