@@ -157,6 +157,43 @@ void detail::failOnGoneFields(const CFilterColumns& columns, const QString& tabl
                  .arg(table, gone.join(QStringLiteral(", ")), columns.BaseTableName()));
 }
 
+bool detail::writeSearchRow(const CFilterColumns& columns, const QVariant& key, const QList<BoundField>& changed, const QList<BoundField>& all,
+                            const CDebugLockedMessage& inserting, const CDebugLockedMessage& updating)
+{
+    DatabaseHandler& db = *columns.Handler();
+    const QString table = db.BracketName(columns.SearchKeyword(nullptr));
+    const auto update = [&](int& rows) {
+        QString assignments;
+        QVariantList values;
+        for (const BoundField& f : changed) {
+            db.AddSetPair(assignments, f.name, QStringLiteral("?"));
+            values << f.value;
+        }
+        values << key;
+        return db.ExecuteSql(QStringLiteral("UPDATE ") + table + QStringLiteral(" SET ") + assignments + QStringLiteral(" WHERE ")
+                                 + columns.BracketedKeyColumnName() + QStringLiteral(" = ?"),
+                             values, &updating, &rows);
+    };
+    int rows = 0;
+    if (!update(rows))
+        return false;
+    if (rows > 0)
+        return true;
+    QString fields, marks;
+    QVariantList values;
+    db.AddInsertPair(fields, marks, columns.KeyColumnName(), QStringLiteral("?"));
+    values << key;
+    for (const BoundField& f : all) {
+        db.AddInsertPair(fields, marks, f.name, QStringLiteral("?"));
+        values << f.value;
+    }
+    if (!db.ExecuteSql(QStringLiteral("INSERT INTO ") + table + QStringLiteral(" (") + fields + QStringLiteral(") VALUES (") + marks
+                           + QStringLiteral(") ON CONFLICT DO NOTHING"),
+                       values, &inserting, &rows))
+        return false;
+    return rows > 0 || update(rows);
+}
+
 bool detail::writeEntryValues(CFilterColumns& columns, const ISearchBaseEntry& entry, const QSet<const CFilterColumn*>* only)
 {
     if (!columns.Handler())
@@ -165,8 +202,6 @@ bool detail::writeEntryValues(CFilterColumns& columns, const ISearchBaseEntry& e
     const QString seek = columns.SearchTableSeekCriteria(&entry);
     if (seek.isEmpty())
         return false;
-    const QString table = db.BracketName(columns.SearchKeyword(nullptr));
-    const QString keyTest = columns.BracketedKeyColumnName() + QStringLiteral(" = ?");
     const QVariant key = entryKey(columns, entry);
     const QString title = GetResourceText(8459);
 
@@ -175,10 +210,7 @@ bool detail::writeEntryValues(CFilterColumns& columns, const ISearchBaseEntry& e
     TableTransaction tx(db);
     if (!tx.begun())
         return false;
-    bool checked = false;
-    bool insertMode = false;
-    QString fields, marks, assignments;
-    QVariantList values;
+    QList<BoundField> fields;
     for (const CFilterColumns::ColumnPtr& column : columns) {
         if (only && !only->contains(column.get()))
             continue;
@@ -186,17 +218,6 @@ bool detail::writeEntryValues(CFilterColumns& columns, const ISearchBaseEntry& e
             if (!columns.CopyDataKeyword(&entry, *column, seek))
                 return false;
             continue;
-        }
-        if (!checked) {
-            checked = true;
-            std::unique_ptr<Recordset> row = db.OpenSqlRecordset(QStringLiteral("SELECT 1 FROM %1 WHERE %2").arg(table, keyTest), QVariantList{key});
-            if (!row)
-                return false;
-            insertMode = row->EndOfFile();
-            if (insertMode) {
-                db.AddInsertPair(fields, marks, columns.KeyColumnName(), QStringLiteral("?"));
-                values << key;
-            }
         }
         Value v = detail::listForm(*column, column->SavedValue());
         if (!only && nothingToCopy(*column, v))
@@ -207,27 +228,11 @@ bool detail::writeEntryValues(CFilterColumns& columns, const ISearchBaseEntry& e
         const QVariant bound = boundColumnValue(*column, v);
         if (column->IsPicklist() && !v.isBlank() && !columns.CopyDataInsertIntoPicklist(*column))
             return false;
-        values << bound;
-        if (insertMode)
-            db.AddInsertPair(fields, marks, column->Name(), QStringLiteral("?"));
-        else
-            db.AddSetPair(assignments, column->Name(), QStringLiteral("?"));
+        fields.append({column->Name(), bound});
     }
-    const bool hasValues = insertMode ? values.size() > 1 : !assignments.isEmpty();
-    if (hasValues) {
-        QString sql;
-        CDebugLockedMessage locked;
-        if (insertMode) {
-            sql = QStringLiteral("INSERT INTO %1 (%2) VALUES (%3)").arg(table, fields, marks);
-            locked = MakeLockedMessage(GetResourceText(8460), title);
-        } else {
-            sql = QStringLiteral("UPDATE %1 SET %2 WHERE %3").arg(table, assignments, keyTest);
-            values << key;
-            locked = MakeLockedMessage(GetResourceText(8461), title);
-        }
-        if (!db.ExecuteSql(sql, values, &locked))
-            return false;
-    }
+    if (!fields.isEmpty()
+        && !writeSearchRow(columns, key, fields, fields, MakeLockedMessage(GetResourceText(8460), title), MakeLockedMessage(GetResourceText(8461), title)))
+        return false;
     return tx.commit();
 }
 

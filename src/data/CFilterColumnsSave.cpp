@@ -35,8 +35,6 @@ bool CFilterColumns::saveEntry(const ISearchBaseEntry* entry, const std::functio
         DatabaseHandler& db = *m_handler;
         const QString seek = SearchTableSeekCriteria(entry);
         const QString tableName = SearchKeyword(nullptr);
-        const QString table = db.BracketName(tableName);
-        const QString keyTest = BracketedKeyColumnName() + QStringLiteral(" = ?");
         const QVariant key = keyValue(*entry);
         // One entry is saved whole or not at all.
         TableTransaction tx(db);
@@ -81,48 +79,19 @@ bool CFilterColumns::saveEntry(const ISearchBaseEntry* entry, const std::functio
                 return;
 
         if (!changed.isEmpty()) {
-            std::unique_ptr<Recordset> row = db.OpenSqlRecordset(QStringLiteral("SELECT 1 FROM ") + table + QStringLiteral(" WHERE ") + keyTest,
-                                                                 QVariantList{key});
-            if (!row)
-                return;
-            const CDebugLockedMessage inserting = MakeLockedMessage(GetResourceText(insertText), GetResourceText(titleText));
-            const CDebugLockedMessage updating = MakeLockedMessage(GetResourceText(updateText), GetResourceText(titleText));
+            QList<detail::BoundField> all, changedFields;
             QStringList names;
-            int rows = 0;
-            if (row->EndOfFile()) {
-                // The row comes into being with every field as the entry shows it. Another user who
-                // gives it the row at the same moment wins the INSERT; then the changes go as an UPDATE.
-                QString fields, marks;
-                QVariantList values;
-                db.AddInsertPair(fields, marks, KeyColumnName(), QStringLiteral("?"));
-                values << key;
-                for (const Field& f : given) {
-                    db.AddInsertPair(fields, marks, f.column->Name(), QStringLiteral("?"));
-                    values << detail::boundColumnValue(*f.column, f.value);
-                    names << f.column->Name();
-                }
-                if (!db.ExecuteSql(QStringLiteral("INSERT INTO ") + table + QStringLiteral(" (") + fields + QStringLiteral(") VALUES (") + marks
-                                       + QStringLiteral(") ON CONFLICT DO NOTHING"),
-                                   values, &inserting, &rows)) {
-                    detail::failOnGoneFields(*this, tableName, names);
-                    return;
-                }
+            for (const Field& f : given) {
+                all.append({f.column->Name(), detail::boundColumnValue(*f.column, f.value)});
+                if (changed.contains(&f))
+                    changedFields << all.back();
+                names << f.column->Name();
             }
-            if (rows == 0) {
-                QString assignments;
-                QVariantList values;
-                names.clear();
-                for (const Field* f : changed) {
-                    db.AddSetPair(assignments, f->column->Name(), QStringLiteral("?"));
-                    values << detail::boundColumnValue(*f->column, f->value);
-                    names << f->column->Name();
-                }
-                values << key;
-                if (!db.ExecuteSql(QStringLiteral("UPDATE ") + table + QStringLiteral(" SET ") + assignments + QStringLiteral(" WHERE ") + keyTest,
-                                   values, &updating)) {
-                    detail::failOnGoneFields(*this, tableName, names);
-                    return;
-                }
+            if (!detail::writeSearchRow(*this, key, changedFields, all,
+                                        MakeLockedMessage(GetResourceText(insertText), GetResourceText(titleText)),
+                                        MakeLockedMessage(GetResourceText(updateText), GetResourceText(titleText)))) {
+                detail::failOnGoneFields(*this, tableName, names);
+                return;
             }
         }
         if (!tx.commit())
@@ -189,6 +158,10 @@ bool CFilterColumns::SaveDataKeyword(const ISearchBaseEntry* entry, CFilterColum
             if (!before.contains(k))
                 added << k;
 
+        if (removed.isEmpty() && added.isEmpty()) {
+            saved = true;
+            return;
+        }
         const QString title = GetResourceText(8477);
         TableTransaction tx(db);
         if (!tx.begun())

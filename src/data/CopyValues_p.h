@@ -59,6 +59,19 @@ void insertKeys(const CFilterColumns& columns, const CFilterColumn& column, cons
 /// table no longer has, when another user dropped them meanwhile; returns when all are there.
 void failOnGoneFields(const CFilterColumns& columns, const QString& table, const QStringList& fields);
 
+/// A field of an entry's search row with the value bound to it.
+struct BoundField {
+    QString name;
+    QVariant value;
+};
+
+/// Writes the search row of the entry whose key is `key`: `changed` as an UPDATE where the row is
+/// there, as a rule; else the row comes into being with `all`. Another user who gives it the row at
+/// the same moment wins the INSERT; then `changed` goes as an UPDATE after all. The caller holds the
+/// transaction. False when a statement failed (reported).
+bool writeSearchRow(const CFilterColumns& columns, const QVariant& key, const QList<BoundField>& changed, const QList<BoundField>& all,
+                    const CDebugLockedMessage& inserting, const CDebugLockedMessage& updating);
+
 /// Forgets what was loaded of the entry whose key is `key`: once it is written otherwise than by a
 /// save of its loaded values, a save compares with what is stored then.
 void forgetLoaded(const CFilterColumns& columns, const QVariant& key);
