@@ -22,6 +22,46 @@ QStringList listedKeys(const IComboBoxControl& combo)
     return keys;
 }
 
+/// Writes what changed in a keyword column's list: deletes the keywords that left it and inserts
+/// those that came. The caller holds the transaction; a list without changes writes nothing.
+bool writeKeywordChanges(CFilterColumns& columns, const ISearchBaseEntry& entry, CFilterColumn& column, const QString& seek)
+{
+    // Keywords reach the table only from an entry control's list.
+    const IComboBoxControl* combo = column.MyComboBox();
+    if (!combo)
+        return true;
+    DatabaseHandler& db = *columns.Handler();
+    const QVariant key = detail::entryKey(columns, entry);
+    const bool ownCriteria = seek == columns.SearchTableSeekCriteria(&entry);
+    // The list is compared with what it held when it was loaded, else with what is stored now.
+    const CFilterColumn::Loaded* loaded = ownCriteria ? column.LoadedFor(key) : nullptr;
+    const QStringList before = loaded ? loaded->keys : ownCriteria ? detail::storedKeys(columns, column, key)
+                                                                   : detail::storedKeys(columns, column, seek, {});
+    // The caller keeps what is loaded once the whole save stands.
+    column.forgetLoaded();
+    const QStringList listed = listedKeys(*combo);
+    QStringList removed, added;
+    for (const QString& k : before)
+        if (!listed.contains(k) && !removed.contains(k))
+            removed << k;
+    for (const QString& k : detail::distinctKeys(listed))
+        if (!before.contains(k))
+            added << k;
+
+    const QString title = GetResourceText(8477);
+    const CDebugLockedMessage deleting = MakeLockedMessage(GetResourceText(8478), title);
+    const QString table = db.BracketName(columns.SearchKeyword(&column));
+    const QString which = (ownCriteria ? columns.BracketedKeyColumnName() + QStringLiteral(" = ?") : seek) + QStringLiteral(" AND ")
+                        + db.BracketName(column.Name()) + QStringLiteral(" = ?");
+    for (const QString& k : removed) {
+        const QVariantList values = ownCriteria ? QVariantList{key, detail::boundText(k)} : QVariantList{detail::boundText(k)};
+        if (!db.ExecuteSql(QStringLiteral("DELETE FROM ") + table + QStringLiteral(" WHERE ") + which, values, &deleting))
+            return false;
+    }
+    detail::insertKeys(columns, column, key, added, MakeLockedMessage(GetResourceText(8479), title));
+    return true;
+}
+
 } // namespace
 
 bool CFilterColumns::saveEntry(const ISearchBaseEntry* entry, const std::function<bool(const CFilterColumn&, Value&)>& valueOf,
@@ -75,7 +115,7 @@ bool CFilterColumns::saveEntry(const ISearchBaseEntry* entry, const std::functio
                 changed << &f;
 
         for (const ColumnPtr& column : m_columns)
-            if (column->ColumnType() == fcKeyword && !SaveDataKeyword(entry, *column, seek))
+            if (column->ColumnType() == fcKeyword && !writeKeywordChanges(*this, *entry, *column, seek))
                 return;
 
         if (!changed.isEmpty()) {
@@ -133,50 +173,13 @@ bool CFilterColumns::SaveDataFromClientUpdates(const ISearchBaseEntry* roEntry)
 
 bool CFilterColumns::SaveDataKeyword(const ISearchBaseEntry* entry, CFilterColumn& column, const QString& seek)
 {
-    // Keywords reach the table only from an entry control's list.
-    const IComboBoxControl* combo = column.MyComboBox();
-    if (!entry || !combo || !m_handler)
+    if (!entry || !column.MyComboBox() || !m_handler)
         return true;
     SD_PROC("SaveDataKeyword");
     bool saved = false;
     SD_GUARDED([&] {
-        DatabaseHandler& db = *m_handler;
-        const QVariant key = keyValue(*entry);
-        const bool ownCriteria = seek == SearchTableSeekCriteria(entry);
-        // The list is compared with what it held when it was loaded, else with what is stored now.
-        const CFilterColumn::Loaded* loaded = ownCriteria ? column.LoadedFor(key) : nullptr;
-        const QStringList before = loaded ? loaded->keys : ownCriteria ? detail::storedKeys(*this, column, key)
-                                                                       : detail::storedKeys(*this, column, seek, {});
-        // The caller keeps what is loaded once the whole save stands.
-        column.forgetLoaded();
-        const QStringList listed = listedKeys(*combo);
-        QStringList removed, added;
-        for (const QString& k : before)
-            if (!listed.contains(k) && !removed.contains(k))
-                removed << k;
-        for (const QString& k : detail::distinctKeys(listed))
-            if (!before.contains(k))
-                added << k;
-
-        if (removed.isEmpty() && added.isEmpty()) {
-            saved = true;
-            return;
-        }
-        const QString title = GetResourceText(8477);
-        TableTransaction tx(db);
-        if (!tx.begun())
-            return;
-        const CDebugLockedMessage deleting = MakeLockedMessage(GetResourceText(8478), title);
-        const QString table = db.BracketName(SearchKeyword(&column));
-        const QString which = (ownCriteria ? BracketedKeyColumnName() + QStringLiteral(" = ?") : seek) + QStringLiteral(" AND ")
-                            + db.BracketName(column.Name()) + QStringLiteral(" = ?");
-        for (const QString& k : removed) {
-            const QVariantList values = ownCriteria ? QVariantList{key, detail::boundText(k)} : QVariantList{detail::boundText(k)};
-            if (!db.ExecuteSql(QStringLiteral("DELETE FROM ") + table + QStringLiteral(" WHERE ") + which, values, &deleting))
-                return;
-        }
-        detail::insertKeys(*this, column, key, added, MakeLockedMessage(GetResourceText(8479), title));
-        saved = tx.commit();
+        TableTransaction tx(*m_handler);
+        saved = tx.begun() && writeKeywordChanges(*this, *entry, column, seek) && tx.commit();
     });
     return saved;
 }
