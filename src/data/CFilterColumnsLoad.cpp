@@ -9,6 +9,8 @@
 #include "searchdata/PicklistEntries.h"
 #include "searchdata/Resources.h"
 
+#include <optional>
+
 namespace searchdata {
 
 namespace {
@@ -83,6 +85,11 @@ void CFilterColumns::GetData(const ISearchBaseEntry* roSource)
         if (seek.isEmpty())
             return;
         const QVariant key = keyValue(*roSource);
+        // Outside a transaction SQLite takes and frees its file lock, and checks its cache, for every
+        // statement; one read transaction does that once for the row and all its keyword lists.
+        std::optional<TableTransaction> reading;
+        if (m_handler->DatabaseKind() == dbkSQLite && m_handler->transactionLevel() == 0)
+            reading.emplace(*m_handler);
         // What was loaded for an earlier read stands no longer, whatever becomes of this one.
         QList<ColumnPtr> standard;
         for (const ColumnPtr& column : m_columns)
@@ -120,6 +127,8 @@ void CFilterColumns::GetData(const ISearchBaseEntry* roSource)
             column->setSavedValue(stored.isNull() ? emptyValueOf(column->ColumnType()) : typedValueOf(*column, stored));
             column->setLoaded(key, column->StoredForm(stored), {});
         }
+        if (reading)
+            reading->commit();
     });
 }
 
