@@ -228,6 +228,26 @@ TEST_P(SharedRecordTest, ARecordReadsOnWhileAnotherUserChangesTheFieldsOfTheSear
     EXPECT_EQ(stored("Customer").toString(), "old");
 }
 
+TEST_P(SharedRecordTest, ReadingARecordKeepsNoLockFromTheOtherUser)
+{
+    User first(testDb().handler()), second(testDb().openAnotherConnection());
+    const Entry e(4);
+    Form::show(first.columns, e);
+    EXPECT_EQ(first.handler->transactionLevel(), 0);
+    Form::show(second.columns, e);
+    second.form.boxes["Customer"]->text = "second's";
+    second.form.combos["Tags"]->items << "z";
+    ASSERT_TRUE(second.columns.SaveDataFromEditControl(&e)) << qPrintable(lastReport());
+    // Within the caller's own transaction the read belongs to it and leaves it open.
+    TableTransaction held(*first.handler);
+    ASSERT_TRUE(held.begun());
+    Form::show(first.columns, e);
+    EXPECT_EQ(first.handler->transactionLevel(), 1);
+    EXPECT_EQ(first.form.boxes["Customer"]->text, "second's");
+    EXPECT_EQ(first.form.combos["Tags"]->items, QStringList({"x", "y", "z"}));
+    EXPECT_TRUE(held.commit());
+}
+
 SD_INSTANTIATE_DATABASE_SUITE(SharedRecordTest);
 
 } // namespace
