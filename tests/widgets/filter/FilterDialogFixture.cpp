@@ -124,17 +124,6 @@ QPushButton* FilterDialogTest::button(const char* name) const
     return found;
 }
 
-void FilterDialogTest::chooseByKeys(QComboBox* combo, int index)
-{
-    ASSERT_TRUE(combo->isEnabled()) << qPrintable(combo->objectName()) << " is closed";
-    ASSERT_GE(index, 0) << "no such entry in " << qPrintable(combo->objectName());
-    combo->setFocus(Qt::TabFocusReason);
-    QTest::keyClick(combo, Qt::Key_Home);
-    for (int i = 0; i < index; ++i)
-        QTest::keyClick(combo, Qt::Key_Down);
-    ASSERT_EQ(combo->currentIndex(), index);
-}
-
 void FilterDialogTest::chooseField(int row, const QString& key)
 {
     chooseByKeys(field(row), field(row)->findData(key, frmFilter::KeyRole));

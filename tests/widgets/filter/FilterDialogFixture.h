@@ -57,8 +57,6 @@ protected:
     QLineEdit* compareTo(int row) const;
     QPushButton* button(const char* name) const;
 
-    /// Moves the selection of a closed list to `index` with Home and Down, as a user at the keyboard.
-    static void chooseByKeys(QComboBox* combo, int index);
     /// Chooses the field of `key` in row `row` ("<<none>>", a column name, or a base field's key).
     void chooseField(int row, const QString& key);
     /// The key under which the dialog lists the base field `name`.

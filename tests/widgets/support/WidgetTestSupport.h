@@ -2,6 +2,7 @@
 
 #include "searchdata/UiServices.h"
 
+#include <QComboBox>
 #include <QList>
 #include <QWidget>
 #include <functional>
@@ -27,6 +28,11 @@ T* named(const QWidget* parent, const QString& name)
 /// Once the next modal window (named `name`, when one is given) is up, hands it to `act`, from the
 /// event loop that the code under test runs; a window that never comes fails the test.
 void whenModalAppears(std::function<void(QWidget*)> act, const QString& name = {});
+/// The same for the next modal window that `which` accepts.
+void whenModalAppears(std::function<void(QWidget*)> act, std::function<bool(const QWidget*)> which);
+
+/// Moves the selection of a closed list to `index` with Home and Down, as a user at the keyboard.
+void chooseByKeys(QComboBox* combo, int index);
 
 /// The UI services of a user who answers questions from a script: each question takes the next
 /// queued answer (or the caller's default when the queue is empty) and is recorded, as are messages.
