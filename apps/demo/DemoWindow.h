@@ -52,6 +52,8 @@ public:
     /// Imports the data block of the file `path` into the current record; an error log, when the
     /// import wrote one, is shown.
     void importDataBlock(const QString& path);
+    /// Shows the records that `terms` select (null: every record), as after the filter dialog.
+    void applyFilter(std::shared_ptr<CFilterTerms> terms);
     /// The key of the record the entry control shows; 0 for none.
     qint32 currentId() const { return m_entry.id; }
 
@@ -80,7 +82,6 @@ private:
     std::shared_ptr<CSearchFilter> search() const;
     /// Reads the table's records under the present filter, keeping the shown record where it stays.
     void reload();
-    void applyFilter(std::shared_ptr<CFilterTerms> terms);
     void currentRowChanged(int row);
     /// Points the entry control at `id` (0: no record).
     void display(qint32 id);
