@@ -6,6 +6,8 @@ set -euo pipefail
 packages=(
   cmake ninja-build g++ pkg-config
   qt6-base-dev qt6-base-dev-tools libqt6sql6-sqlite libqt6sql6-psql
+  # the entry control's Designer plugin
+  qt6-tools-dev
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   postgresql-15 postgresql-client-15
   # widget tests and screenshots pin DejaVu Sans; IPA Gothic gives the forms Japanese glyphs

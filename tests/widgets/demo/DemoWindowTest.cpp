@@ -232,6 +232,19 @@ TEST_P(DemoWindowTest, AColumnDefinedThroughTheColumnDialogsShowsInTheControl)
     EXPECT_EQ(searchValue("Batch", 1).toString(), QStringLiteral("B-17"));
 }
 
+TEST_P(DemoWindowTest, ViewDataShowsTheCurrentRecordInTheExamineWindow)
+{
+    moveRow(Qt::Key_Down);
+    QString shown;
+    whenModalAppears([&](QWidget* examine) {
+        shown = named<QLineEdit>(examine, QStringLiteral("txtTextField_1"))->text();
+        QTest::keyClick(examine, Qt::Key_Escape);
+    }, QStringLiteral("frmExamine"));
+    action(QStringLiteral("actViewData"))->trigger();
+    EXPECT_FALSE(shown.isEmpty());
+    EXPECT_EQ(shown, searchValue("PartNo", 2).toString());
+}
+
 struct RepairCase {
     const char* action;
     /// What breaks the search data of record 5 before the operation.
