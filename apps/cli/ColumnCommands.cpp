@@ -2,6 +2,7 @@
 // the collection's own save.
 
 #include "Commands.h"
+#include "ConsoleEntry.h"
 #include "Output.h"
 #include "Session.h"
 #include "searchdata/Resources.h"
@@ -107,6 +108,14 @@ void checkNames(const Session& session, const CFilterColumn* self, const QString
     taken(caption, QStringLiteral("caption"));
 }
 
+/// A default of a text or note column, refused as a value would be when its field does not take it.
+QString fittingText(const CFilterColumn& column, const QString& text)
+{
+    ConsoleTextBox field;
+    typeInto(column, &field, text, column.TextLengthInUI());
+    return text;
+}
+
 /// The stored form of a picklist default: the text fitted to the column, a number or a date in one form.
 QString picklistDefaultOf(const CFilterColumn& column, const QString& text)
 {
@@ -117,7 +126,7 @@ QString picklistDefaultOf(const CFilterColumn& column, const QString& text)
         usageError(QStringLiteral("the default \"%1\" does not fit the column %2: %3").arg(text, column.Name(), column.ValidationPrompt()));
     switch (column.ColumnType()) {
     case fcText:
-        return trimmed.left(column.TextLengthInUI()).trimmed();
+        return fittingText(column, trimmed);
     case fcDateTime:
         return Value(trimmed).toDateTime().value().toString(QStringLiteral("yyyy-MM-dd hh:mm:ss"));
     case fcInteger16:
@@ -175,7 +184,7 @@ void applyDefinition(const Invocation& inv, const Session& session, CFilterColum
         if (picklist)
             column.setPicklistDefault(picklistDefaultOf(column, text));
         else if (type == fcNote)
-            column.setPicklistDefault(text.trimmed());
+            column.setPicklistDefault(fittingText(column, text.trimmed()));
         else
             usageError(type == fcDateTime ? QStringLiteral("a date column without a picklist takes --date-default")
                                           : QStringLiteral("--default applies to picklist and note columns"));

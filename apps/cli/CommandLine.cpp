@@ -23,7 +23,10 @@ const QList<OptionSpec>& globalOptions()
         {QStringLiteral("profile"), QStringLiteral("FILE"), QStringLiteral("INI file of saved filters and templates (default: searchdata.ini in the user's configuration folder)")},
         {QStringLiteral("read-only"), {}, QStringLiteral("open the database for reading only")},
         {QStringLiteral("json"), {}, QStringLiteral("machine-readable output (errors too, on standard error)")},
-        {QStringLiteral("quiet"), {}, QStringLiteral("no progress lines on standard error")},
+        {QStringLiteral("quiet"), {}, QStringLiteral("no progress lines on standard error (a wait for another user is still told)")},
+        {QStringLiteral("verbose"), {}, QStringLiteral("also the library's log on standard error: the database's own messages and statements")},
+        {QStringLiteral("lock-wait"), QStringLiteral("SECONDS"),
+         QStringLiteral("how long a statement waits for data that another user holds locked (default 30)")},
     };
     return options;
 }
@@ -125,6 +128,10 @@ ParseResult parseCommandLine(const QStringList& args, const QList<CommandSpec>& 
             result.helpRequested = true;
             continue;
         }
+        if (!endOfOptions && token == QLatin1String("--version")) {
+            result.versionRequested = true;
+            continue;
+        }
         if (!endOfOptions && token.startsWith(QLatin1String("--"))) {
             QString name = token.mid(2);
             QString value;
@@ -159,8 +166,8 @@ ParseResult parseCommandLine(const QStringList& args, const QList<CommandSpec>& 
             command = &c;
     }
     if (!command) {
-        if (result.helpRequested || words.isEmpty()) {
-            result.helpRequested = true;
+        if (result.helpRequested || result.versionRequested || words.isEmpty()) {
+            result.commandMissing = !result.helpRequested && !result.versionRequested;
             result.invocation.arguments = words;
             return result;
         }
@@ -224,8 +231,9 @@ QString helpText(const QList<CommandSpec>& commands, const CommandSpec* command,
         out << "  " << (c->path.join(QLatin1Char(' ')) + QLatin1Char(' ') + c->arguments).leftJustified(width + 2) << c->summary << '\n';
     out << "\nOptions of every command:\n";
     writeOptions(out, globalOptions());
-    out << "\n\"searchdata COMMAND --help\" tells more about one command.\n"
-           "Exit codes: 0 success, 1 failure, 2 bad usage. Errors and progress go to standard error.\n";
+    out << "\n\"searchdata COMMAND --help\" tells more about one command, \"searchdata --version\" the version.\n"
+           "Exit codes: 0 success, 1 failure (the database is then unchanged), 2 bad usage, 3 a data block imported\n"
+           "in part (see \"import block --help\"). Errors and progress go to standard error.\n";
     return text;
 }
 

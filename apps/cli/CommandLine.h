@@ -13,8 +13,9 @@ namespace searchdata::cli {
 
 class Invocation;
 
-/// Exit codes.
-enum ExitCode : int { ExitSuccess = 0, ExitFailure = 1, ExitUsage = 2 };
+/// Exit codes. A failure leaves the database unchanged; a data block of which only some lines could be
+/// imported has its own code, since the lines that could are saved.
+enum ExitCode : int { ExitSuccess = 0, ExitFailure = 1, ExitUsage = 2, ExitPartlyImported = 3 };
 
 /// Ends a run: thrown by commands, caught once in `main`.
 struct CliError {
@@ -68,10 +69,13 @@ public:
     bool json() const { return has(QStringLiteral("json")); }
 };
 
-/// The result of reading the command line: a command to run, or help to print.
+/// The result of reading the command line: a command to run, help or the version to print, or no
+/// command at all.
 struct ParseResult {
     Invocation invocation;
     bool helpRequested = false;
+    bool versionRequested = false;
+    bool commandMissing = false;
 };
 
 /// Parses `args` (without the program name) against `commands`. Usage errors are thrown.

@@ -104,7 +104,7 @@ void ConsoleEntry::load(const ISearchBaseEntry& entry)
         column->ResetData();
 }
 
-void ConsoleEntry::typeInto(CFilterColumn& column, IControl* control, const QString& text, int maxLength)
+void typeInto(const CFilterColumn& column, IControl* control, const QString& text, int maxLength)
 {
     // Character by character, through the same key test as the entry control's fields.
     const QList<uint> characters = text.toUcs4();

@@ -57,6 +57,10 @@ private:
     int m_newIndex = -1;
 };
 
+/// Types `text` into `control` character by character through the key test of the entry control's
+/// fields, as a user would; fails naming `column` at the first character that the field refuses.
+void typeInto(const CFilterColumn& column, IControl* control, const QString& text, int maxLength);
+
 /// The rows of one record: binds a control to every column for its life, and lets go at the end.
 class ConsoleEntry {
 public:
@@ -86,8 +90,6 @@ public:
     QStringList shownList(const CFilterColumn& column) const;
 
 private:
-    void typeInto(CFilterColumn& column, IControl* control, const QString& text, int maxLength);
-
     std::shared_ptr<CFilterColumns> m_columns;
     std::vector<std::unique_ptr<IControl>> m_controls;
     std::unique_ptr<TableTransaction> m_transaction; // of `edit`, rolled back unless `save` commits

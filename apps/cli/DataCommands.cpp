@@ -47,8 +47,11 @@ int importBlock(Invocation& inv)
                             .arg(path, result.logFile.isEmpty() ? QString() : QStringLiteral("; see %1").arg(result.logFile)));
         printRecord(session, entry);
     }
-    // Lines that failed are a failure for scripts, even when the others went in.
-    return result.errors > 0 ? ExitFailure : ExitSuccess;
+    // Scripts must see lines that failed; exit code 1 would claim that nothing changed, which holds only
+    // when no line went in.
+    if (result.errors == 0)
+        return ExitSuccess;
+    return result.written ? ExitPartlyImported : ExitFailure;
 }
 
 RecordEntry recordOf(const Invocation& inv, const Session& session, const QString& option)
@@ -153,7 +156,9 @@ QList<CommandSpec> dataCommands()
         {{QStringLiteral("import"), QStringLiteral("block")}, QStringLiteral("FILE"),
          QStringLiteral("Imports the search data block of a file into a record."),
          QStringLiteral("The block stands between \"Begin Search Data\" and \"End Search Data\", one \"Column: value\" a line.\n"
-                        "Lines that cannot be imported are written to an error log; the exit code is then 1."),
+                        "Lines that cannot be imported are written to an error log. When other lines were saved, the exit\n"
+                        "code is 3: the record holds what could be imported. When no line could be, it is 1, and the record\n"
+                        "is unchanged."),
          {recordOption(), {QStringLiteral("log-folder"), QStringLiteral("DIR"), QStringLiteral("where the error log goes (default: the file's folder)")}},
          1, 1, true, importBlock},
         {{QStringLiteral("copy")}, {}, QStringLiteral("Copies a record's search values and keywords to another record."),

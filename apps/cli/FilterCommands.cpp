@@ -370,6 +370,7 @@ int saveFilter(Invocation& inv)
     const auto terms = termsOf(inv, session);
     clearLibraryReports();
     CSearchFilter::SaveFilter(terms.get(), session.columns(), session.profile().get(), userKey(session), modeOf(inv));
+    session.checkProfileWritten(QStringLiteral("cannot save the filter"));
     if (!libraryReason().isEmpty())
         failWithReason(QStringLiteral("cannot save the filter"));
     Output::instance().note(QStringLiteral("filter of %1 saved in %2").arg(session.tableName(), session.profile()->fileName()));

@@ -3,7 +3,10 @@
 #include "Commands.h"
 #include "Output.h"
 #include "Session.h"
+#include "searchdata/CScPicklist.h"
 #include "searchdata/Diagnostics.h"
+#include "searchdata/SchemaTool.h"
+#include "searchdata/Value.h"
 
 #include <QJsonArray>
 
@@ -11,34 +14,167 @@ namespace searchdata::cli {
 
 namespace {
 
-/// The host's side of the questions a check puts: each question is noted, and answered with `answer`.
+/// The host's side of the questions a check puts: each question's table is noted, and the question
+/// answered with `answer`.
 class QuestionLog {
 public:
     QuestionLog(DatabaseHandler& db, int answer) : m_db(db)
     {
-        db.setQueryConversion([this, answer](const QString&, const QString& table, int flag) {
-            m_questions << QStringLiteral("%1 (question %2)").arg(table, QString::number(flag));
+        db.setQueryConversion([this, answer](const QString&, const QString& table, int) {
+            if (!m_tables.contains(table))
+                m_tables << table;
             return answer;
         });
     }
     ~QuestionLog() { m_db.setQueryConversion(nullptr); }
-    const QStringList& questions() const { return m_questions; }
+    /// Whether a question was put.
+    bool asked() const { return !m_tables.isEmpty(); }
+    /// The tables asked about, each once.
+    const QStringList& tables() const { return m_tables; }
 
 private:
     DatabaseHandler& m_db;
-    QStringList m_questions;
+    QStringList m_tables;
 };
 
 /// The host's answer that ends a check at its first question, before anything changes.
 constexpr int kEndCheck = 1;
 
-/// Mode 0 of the schema check, asking before every change and answered with the end of the check:
-/// whether the search tables differ from the definitions. Changes nothing.
-QStringList differences(Session& session, IProgress& progress, bool keys)
+/// One way in which the search tables differ from the definitions, in words.
+struct Difference {
+    QString kind;
+    QString table;
+    QString item;
+    QString text;
+};
+
+QString kindWords(SchemaDifference::Kind kind)
+{
+    switch (kind) {
+    case SchemaDifference::MissingTable:
+        return QStringLiteral("missing table");
+    case SchemaDifference::MissingColumn:
+        return QStringLiteral("missing column");
+    case SchemaDifference::OtherType:
+        return QStringLiteral("other type");
+    case SchemaDifference::OtherSize:
+        return QStringLiteral("other size");
+    case SchemaDifference::OtherNullability:
+        return QStringLiteral("other nullability");
+    case SchemaDifference::MissingIndex:
+        return QStringLiteral("missing index");
+    case SchemaDifference::MissingKey:
+        return QStringLiteral("missing key");
+    }
+    return {};
+}
+
+/// Collects differences, each once.
+class DifferenceList {
+public:
+    void add(const Difference& d)
+    {
+        for (const Difference& known : m_list)
+            if (known.text == d.text)
+                return;
+        m_list.append(d);
+    }
+    void add(const SchemaDifference& d) { add({kindWords(d.kind), d.table, d.item, d.describe()}); }
+    const QList<Difference>& list() const { return m_list; }
+
+private:
+    QList<Difference> m_list;
+};
+
+/// Whether a population check finds records without their search row or rows without their record.
+/// Changes nothing: its question is answered with the end of the check.
+bool populationDiffers(Session& session, bool checkOnly)
 {
     QuestionLog log(session.db(), kEndCheck);
-    session.search()->CheckTable(&progress, 0, keys);
-    return log.questions();
+    session.columns().StartProcessDataReportProgress(nullptr, checkOnly, 0, QDateTime::currentDateTime());
+    return log.asked();
+}
+
+/// The tables that the definitions need, compared with what the database has: the definition table,
+/// each column's table with its fields (and with `keys` its indexes and keys), each picklist with its
+/// relation, fields that no column names, and the search rows of the records.
+void nameDifferences(Session& session, bool keys, DifferenceList& found)
+{
+    Catalog& catalog = *session.catalog();
+    catalog.Refresh();
+    CFilterColumns& columns = session.columns();
+    SchemaTool& tool = columns.schemaTool();
+    const int checks = keys ? smcEverything : smcColumns | smcColumnTypes | smcColumnNullability;
+    if (const auto definitions = columns.MyStructureDefinition())
+        for (const SchemaDifference& d : tool.TableDifferences(checks, catalog, *definitions))
+            found.add(d);
+    const QDateTime now = QDateTime::currentDateTime();
+    for (const auto& column : columns) {
+        if (column->ColumnType() < fcKeyword || column->ColumnType() > fcNote)
+            continue; // a type without storage of this version's
+        if (const auto structure = columns.MyStructureDefault(*column, now))
+            for (const SchemaDifference& d : tool.TableDifferences(checks, catalog, *structure))
+                found.add(d);
+        const auto picklist = column->IsPicklist() ? columns.PicklistOf(*column) : nullptr;
+        if (!picklist)
+            continue;
+        if (const auto structure = picklist->MyStructure())
+            for (const SchemaDifference& d : tool.TableDifferences(checks, catalog, *structure))
+                found.add(d);
+        const StructureKey relation = picklist->MyRelation();
+        const QString dataTable = columns.SearchKeyword(column.get());
+        if (keys && GetCatalogTable(catalog, dataTable) && !GetTableKey(GetCatalogTable(catalog, dataTable), relation.name))
+            found.add(SchemaDifference{SchemaDifference::MissingKey, dataTable, relation.name, {}, {}});
+    }
+    if (const CatalogTablePtr table = GetCatalogTable(catalog, columns.SearchKeyword(nullptr))) {
+        for (const CatalogColumn& field : table->columns) {
+            bool named = TextEquals(field.name, columns.KeyColumnName(), 1);
+            for (const auto& column : columns)
+                named = named || TextEquals(field.name, column->Name(), 1);
+            if (!named)
+                found.add({QStringLiteral("field without column"), table->name, field.name,
+                           QStringLiteral("table %1: field %2 belongs to no column").arg(table->name, field.name)});
+        }
+    }
+    if (columns.Count() > 0 && populationDiffers(session, true))
+        found.add({QStringLiteral("search rows"), columns.SearchKeyword(nullptr), {},
+                   QStringLiteral("records of %1 lack their search row, or search rows their record").arg(columns.BaseTableName())});
+}
+
+/// Every difference between the search tables and the definitions. Changes nothing.
+QList<Difference> differences(Session& session, IProgress& progress, bool keys)
+{
+    // Mode 0 of the library's own check, asking before every change and answered with the end of the
+    // check, tells whether anything differs; the tables are then compared here to name each difference.
+    QStringList asked;
+    {
+        QuestionLog log(session.db(), kEndCheck);
+        session.search()->CheckTable(&progress, 0, keys);
+        asked = log.tables();
+    }
+    DifferenceList found;
+    nameDifferences(session, keys, found);
+    if (found.list().isEmpty())
+        for (const QString& table : asked)
+            found.add({QStringLiteral("other"), table, {}, QStringLiteral("table %1 differs from its definition").arg(table)});
+    return found.list();
+}
+
+QJsonArray differencesJson(const QList<Difference>& list)
+{
+    QJsonArray array;
+    for (const Difference& d : list)
+        array.append(QJsonObject{{QStringLiteral("kind"), d.kind},
+                                 {QStringLiteral("table"), d.table},
+                                 {QStringLiteral("item"), d.item},
+                                 {QStringLiteral("text"), d.text}});
+    return array;
+}
+
+void printDifferences(QTextStream& out, const QList<Difference>& list)
+{
+    for (const Difference& d : list)
+        out << "  " << d.text << '\n';
 }
 
 int checkTables(Invocation& inv)
@@ -50,9 +186,9 @@ int checkTables(Invocation& inv)
         Diagnostics::instance().setLogFile(inv.value(QStringLiteral("log")));
     StderrProgress progress;
     clearLibraryReports();
-    const QStringList found = differences(session, progress, keys);
+    const QList<Difference> found = differences(session, progress, keys);
     bool repaired = false;
-    QStringList left = found;
+    QList<Difference> left = found;
     if (!found.isEmpty() && inv.has(QStringLiteral("repair"))) {
         Diagnostics::instance().setConversionFailed(false);
         clearLibraryReports();
@@ -72,19 +208,29 @@ int checkTables(Invocation& inv)
     Output& output = Output::instance();
     if (output.json()) {
         output.printJson(QJsonObject{{QStringLiteral("table"), session.tableName()},
-                                     {QStringLiteral("differences"), QJsonArray::fromStringList(found)},
+                                     {QStringLiteral("differences"), differencesJson(found)},
                                      {QStringLiteral("repaired"), repaired},
+                                     {QStringLiteral("left"), differencesJson(left)},
                                      {QStringLiteral("inOrder"), left.isEmpty()}});
     } else {
         QTextStream& out = output.out();
-        if (found.isEmpty())
-            out << "the search tables of " << session.tableName() << " agree with their definitions\n";
-        else if (!repaired)
-            out << "the search tables of " << session.tableName() << " differ from their definitions; \"check --repair\" repairs them\n";
-        else if (left.isEmpty())
-            out << "the search tables of " << session.tableName() << " were repaired and agree with their definitions now\n";
-        else
-            out << "the search tables of " << session.tableName() << " still differ from their definitions after the repair\n";
+        const QString table = session.tableName();
+        if (found.isEmpty()) {
+            out << "the search tables of " << table << " agree with their definitions\n";
+        } else if (!repaired) {
+            out << "the search tables of " << table << " differ from their definitions:\n";
+            printDifferences(out, found);
+            out << "\"check --repair\" repairs them\n";
+        } else {
+            out << "the search tables of " << table << " differed from their definitions:\n";
+            printDifferences(out, found);
+            if (left.isEmpty()) {
+                out << "they were repaired and agree with their definitions now\n";
+            } else {
+                out << "they still differ after the repair:\n";
+                printDifferences(out, left);
+            }
+        }
         out.flush();
     }
     // For scripts: differences that stay are a failure.
@@ -106,7 +252,7 @@ int populate(Invocation& inv)
         failWithReason(QStringLiteral("the population check of %1 ended early").arg(session.tableName()));
     if (!checkOnly && !libraryReason().isEmpty())
         failWithReason(QStringLiteral("the population check of %1 failed").arg(session.tableName()));
-    const bool needed = !log.questions().isEmpty();
+    const bool needed = log.asked();
 
     Output& output = Output::instance();
     if (output.json()) {

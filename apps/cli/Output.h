@@ -30,6 +30,8 @@ public:
     void warning(const QString& text);
     /// A progress line on standard error (left out with --quiet).
     void progress(const QString& text);
+    /// A line on standard error that --quiet keeps: why the program is waiting, which is no progress.
+    void notice(const QString& text);
     /// The error that ends the run, as text or JSON on standard error.
     void error(int exitCode, const QString& text);
 
@@ -61,9 +63,13 @@ public:
 
 /// Forgets earlier library reports, so that `failWithReason` names the reason of the next failure.
 void clearLibraryReports();
-/// The library's reason for its last failure, or blank.
+/// The library's reason for its last failure in words, or blank. A failure of the database is said in
+/// words of the program's own; the database's text and statement go to the library's log, which
+/// --verbose shows.
 QString libraryReason();
 /// Fails with `what`, followed by the library's reason when it gave one.
 [[noreturn]] void failWithReason(const QString& what);
+/// What a message of the database driver means, in words.
+QString databaseTextInWords(const QString& driverText);
 
 } // namespace searchdata::cli

@@ -38,7 +38,8 @@ private:
 
 class Session {
 public:
-    /// Opens the database of --db. An SQLite file must exist unless `mayCreate`.
+    /// Opens the database of --db. An SQLite file must exist unless `mayCreate`. Fails when the location
+    /// is malformed, cannot be opened, or is no database.
     explicit Session(const Invocation& invocation, bool mayCreate = false);
     ~Session();
     Session(const Session&) = delete;
@@ -48,6 +49,10 @@ public:
     const std::shared_ptr<DatabaseHandler>& handler() const { return m_db; }
     const std::shared_ptr<Catalog>& catalog() const { return m_catalog; }
     const std::shared_ptr<IniProfile>& profile() const { return m_profile; }
+    /// Fails with `what` when the profile could not be written (a folder that cannot be made, a file
+    /// without the permission).
+    void checkProfileWritten(const QString& what) const;
+    /// The location of --db as messages show it, without a password.
     QString location() const { return m_location; }
 
     /// Opens the search of the base table of --table (or `table`); fails with a clear message when the
@@ -72,6 +77,7 @@ public:
 
 private:
     QString m_location;
+    QString m_connectionName;
     std::shared_ptr<DatabaseHandler> m_db;
     std::shared_ptr<Catalog> m_catalog;
     std::shared_ptr<IniProfile> m_profile;

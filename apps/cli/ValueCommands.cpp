@@ -102,6 +102,7 @@ int saveTemplate(Invocation& inv)
         clearLibraryReports();
         session.columns().SaveTemplate();
     }
+    session.checkProfileWritten(QStringLiteral("cannot save the template"));
     if (!libraryReason().isEmpty())
         failWithReason(QStringLiteral("cannot save the template"));
     Output::instance().note(QStringLiteral("the values of record %1 are the template of %2 now, in %3")

@@ -6,6 +6,7 @@
 
 #include <QCoreApplication>
 #include <QLoggingCategory>
+#include <QTextStream>
 
 using namespace searchdata;
 using namespace searchdata::cli;
@@ -32,7 +33,7 @@ int main(int argc, char** argv)
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("searchdata"));
     // The library's own log lines would mix with the program's output; its errors reach the user
-    // through the messages of the commands.
+    // through the messages of the commands, in words, and --verbose shows the log itself.
     QLoggingCategory::setFilterRules(QStringLiteral("searchdata.*=false"));
 
     auto services = std::make_shared<ConsoleUiServices>();
@@ -46,13 +47,27 @@ int main(int argc, char** argv)
     int code = ExitSuccess;
     try {
         const ParseResult parsed = parseCommandLine(args, commands);
-        output.configure(parsed.invocation.json(), parsed.invocation.has(QStringLiteral("quiet")));
-        if (parsed.helpRequested) {
-            output.out() << helpText(commands, parsed.invocation.command, parsed.invocation.arguments);
+        const Invocation& invocation = parsed.invocation;
+        output.configure(invocation.json(), invocation.has(QStringLiteral("quiet")));
+        if (invocation.has(QStringLiteral("verbose"))) {
+            QLoggingCategory::setFilterRules(QStringLiteral("searchdata.*=true"));
+            qSetMessagePattern(QStringLiteral("searchdata: %{category}: %{message}"));
+        }
+        services->setLockTimeout(std::chrono::seconds(invocation.intValue(QStringLiteral("lock-wait"), 30, 0, 24 * 3600)));
+        if (parsed.versionRequested) {
+            output.out() << "searchdata " << SEARCHDATA_VERSION << '\n';
+            output.out().flush();
+        } else if (parsed.commandMissing) {
+            if (output.json())
+                usageError(QStringLiteral("no command given; see: searchdata --help"));
+            QTextStream(stderr) << helpText(commands, nullptr);
+            code = ExitUsage;
+        } else if (parsed.helpRequested) {
+            output.out() << helpText(commands, invocation.command, invocation.arguments);
             output.out().flush();
         } else {
-            Invocation invocation = parsed.invocation;
-            code = invocation.command->run(invocation);
+            Invocation command = invocation;
+            code = command.command->run(command);
         }
     } catch (const CliError& e) {
         output.error(e.exitCode, e.message);

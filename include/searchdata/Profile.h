@@ -67,6 +67,9 @@ public:
     /// Keys of one section.
     QStringList keys(const QString& section) const;
     QString fileName() const;
+    /// Whether the file could not be read or written: a folder that cannot be made, a file without
+    /// the permission. Writes before and after such a failure may have been lost.
+    bool accessFailed() const;
 
     /// The profile's date form: "#7-4-2003#", or "#7-4-2003 13:5:9#" when there is a time.
     static QString dateText(const QDateTime& value);

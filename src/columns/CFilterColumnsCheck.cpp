@@ -303,7 +303,7 @@ int CFilterColumns::ValidateStandardTable(int mode)
             if (strays.isEmpty() && diagnostics.LogEnabled())
                 diagnostics.LogLine(QStringLiteral("defined field count = ") + QString::number(Count()));
             if (diagnostics.LogEnabled())
-                diagnostics.LogLine(table->name + QStringLiteral("database column ") + field.name + QStringLiteral(" missing from ")
+                diagnostics.LogLine(table->name + QStringLiteral(": database column ") + field.name + QStringLiteral(" missing from ")
                                     + definitionTableName());
             strays.append(field.name);
         }
@@ -333,7 +333,7 @@ int CFilterColumns::ValidateStandardTable(int mode)
             if (!dropped)
                 markConversionFailed();
             if (diagnostics.LogEnabled())
-                diagnostics.LogLine(table->name + (dropped ? QStringLiteral("deleted column ") : QStringLiteral("failed to delete column "))
+                diagnostics.LogLine(table->name + (dropped ? QStringLiteral(": deleted column ") : QStringLiteral(": failed to delete column "))
                                     + stray + QStringLiteral(" from ") + table->name);
         }
     });

@@ -113,9 +113,11 @@ Result<std::shared_ptr<DatabaseHandler>> DatabaseHandler::open(const QString& lo
     }
     if (!error.isEmpty()) {
         QSqlDatabase::removeDatabase(name);
-        Diagnostics::instance().report({0, QStringLiteral("cannot open %1: %2").arg(location, error), QStringLiteral("open"),
+        // A message never carries the password.
+        const QString shown = postgres ? QUrl(location).toString(QUrl::RemovePassword) : location;
+        Diagnostics::instance().report({0, QStringLiteral("cannot open %1: %2").arg(shown, error), QStringLiteral("open"),
                                         QStringLiteral("DatabaseHandler"), __LINE__, {}});
-        return R::failure(QStringLiteral("cannot open %1: %2").arg(location, error));
+        return R::failure(QStringLiteral("cannot open %1: %2").arg(shown, error));
     }
     auto handler = std::make_shared<DatabaseHandler>(name);
     handler->m_ownsConnection = true;

@@ -151,4 +151,9 @@ QString IniProfile::fileName() const
     return m_settings->fileName();
 }
 
+bool IniProfile::accessFailed() const
+{
+    return m_settings->status() == QSettings::AccessError;
+}
+
 } // namespace searchdata

@@ -61,6 +61,12 @@ TEST_F(CliColumns, DefinitionsThatCannotBeTakenChangeNothing)
     SD_EXPECT_FAILS(run({"columns", "edit", "Nope", "--caption", "x"}), 1, "no column \"Nope\" in Files");
     SD_EXPECT_FAILS(run({"columns", "move", "DrawingNo", "--up"}), 1, "DrawingNo is the first column already");
     SD_EXPECT_FAILS(run({"columns", "delete", "PartNo"}), 2, "add --yes");
+    // A default is refused like a value that does not fit its field, never cut.
+    SD_EXPECT_FAILS(run({"columns", "add", "Remarks", "--type", "note", "--default", QString(300, 'x')}), 1,
+                    "does not fit the column Remarks: it takes at most 255 characters");
+    SD_EXPECT_FAILS(run({"columns", "add", "Grade", "--type", "text", "--size", "3", "--picklist", "--default", "high"}), 1,
+                    "\"high\" does not fit the column Grade: it takes at most 3 characters");
+    SD_EXPECT_FAILS(run({"columns", "add", "Remarks", "--type", "note", "--default", "O'Neil"}), 1, "quotes cannot be entered");
     EXPECT_EQ(snapshot(), before);
 }
 

@@ -1,5 +1,6 @@
 #include "cli/CliTestSupport.h"
 
+#include <QDir>
 #include <QFile>
 #include <QJsonArray>
 
@@ -9,24 +10,43 @@ namespace {
 
 using CliMaintenance = CliTest;
 
-TEST_F(CliMaintenance, CheckReportsADifferenceWithoutChangingAndRepairsOnRequest)
+TEST_F(CliMaintenance, CheckNamesEachDifferenceWithoutChangingAndRepairsOnRequest)
 {
+    ASSERT_EQ(run({"columns", "add", "Tags", "--type", "keyword"}).exitCode, 0);
     const CliRun inOrder = run({"check"});
     EXPECT_EQ(inOrder.exitCode, 0) << inOrder;
     EXPECT_TRUE(inOrder.out.contains("agree with their definitions")) << inOrder;
 
     exec("ALTER TABLE FilesSearchData DROP COLUMN PartNo");
+    exec("ALTER TABLE FilesSearchData ADD COLUMN Extra INTEGER");
+    exec("DROP TABLE FilesSearchKeywordTags");
     const QString damaged = snapshot();
-    const CliRun found = run({"--json", "check"});
+    const CliRun found = run({"check"});
     EXPECT_EQ(found.exitCode, 1) << found;
-    EXPECT_FALSE(found.json()["differences"].toArray().isEmpty());
+    for (const char* line : {"  table FilesSearchData: column PartNo is missing\n", "  table FilesSearchData: field Extra belongs to no column\n",
+                             "  table FilesSearchKeywordTags is missing\n"})
+        EXPECT_TRUE(found.out.contains(line)) << line << '\n' << found;
+    EXPECT_FALSE(found.out.contains("question")) << found;
+
+    const QJsonArray differences = run({"--json", "check"}).json()["differences"].toArray();
+    QStringList kinds;
+    for (const auto& d : differences)
+        kinds << d.toObject()["kind"].toString() + ' ' + d.toObject()["table"].toString() + ' ' + d.toObject()["item"].toString();
+    EXPECT_TRUE(kinds.contains("missing column FilesSearchData PartNo")) << qPrintable(kinds.join(", "));
+    EXPECT_TRUE(kinds.contains("field without column FilesSearchData Extra")) << qPrintable(kinds.join(", "));
+    EXPECT_TRUE(kinds.contains("missing table FilesSearchKeywordTags ")) << qPrintable(kinds.join(", "));
     EXPECT_EQ(snapshot(), damaged);
 
-    const CliRun repaired = run({"check", "--repair"});
-    EXPECT_EQ(repaired.exitCode, 0) << repaired;
-    EXPECT_TRUE(repaired.out.contains("were repaired")) << repaired;
+    // The schema log keeps the blanks between its words.
+    const QString log = dir.filePath("schema.log");
+    run({"check", "--repair", "--log", log});
     EXPECT_EQ(scalar("SELECT COUNT(*) FROM pragma_table_info('FilesSearchData') WHERE name = 'PartNo'").toInt(), 1);
-    EXPECT_EQ(run({"check"}).exitCode, 0);
+    EXPECT_EQ(scalar("SELECT COUNT(*) FROM pragma_table_info('FilesSearchData') WHERE name = 'Extra'").toInt(), 0);
+    QFile logFile(log);
+    ASSERT_TRUE(logFile.open(QIODevice::ReadOnly | QIODevice::Text));
+    const QString logText = QString::fromUtf8(logFile.readAll());
+    EXPECT_TRUE(logText.contains("FilesSearchData: database column Extra missing from SearchColumnConfiguration\n")) << qPrintable(logText);
+    EXPECT_TRUE(logText.contains("FilesSearchData: deleted column Extra from FilesSearchData\n")) << qPrintable(logText);
 }
 
 TEST_F(CliMaintenance, PopulateGivesNewRecordsTheirRowsAndDropsOrphans)
@@ -53,10 +73,20 @@ TEST_F(CliMaintenance, ADataBlockGoesIntoItsRecordAndBadLinesIntoALog)
     file.close();
 
     const CliRun imported = run({"import", "block", program, "--record", "6", "--log-folder", dir.filePath("logs")});
-    EXPECT_EQ(imported.exitCode, 1) << imported; // one line could not be imported
+    EXPECT_EQ(imported.exitCode, 3) << imported; // one line could not be imported, the others were saved
     EXPECT_TRUE(imported.err.contains("1 lines of")) << imported;
     EXPECT_EQ(scalar("SELECT DrawingNo || '/' || PartNo FROM FilesSearchData WHERE Id = 6").toString(), "D-77/P-77");
     EXPECT_TRUE(QDir(dir.filePath("logs/ImportSearchDataErrors")).exists());
+
+    // When no line goes in, the record is unchanged, which exit code 1 says.
+    const QString before = snapshot();
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    file.write("(Begin Search Data)\n(Colour: red)\n(Shape: round)\n(End Search Data)\n");
+    file.close();
+    const CliRun nothing = run({"import", "block", program, "--record", "7", "--log-folder", dir.filePath("logs2")});
+    EXPECT_EQ(nothing.exitCode, 1) << nothing;
+    EXPECT_TRUE(nothing.err.contains("2 lines of")) << nothing;
+    EXPECT_EQ(snapshot(), before);
 
     SD_EXPECT_FAILS(run({"import", "block", dir.filePath("missing.nc"), "--record", "6"}), 1, "cannot read");
     const QString empty = dir.filePath("empty.nc");

@@ -2,7 +2,6 @@
 
 #include <QAtomicInt>
 #include <QJsonDocument>
-#include <QProcess>
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
@@ -32,37 +31,38 @@ void CliTest::SetUp()
     ASSERT_EQ(made.exitCode, 0) << made;
 }
 
-namespace {
-
-/// The environment of every run: a configuration folder of the test's own, a fixed locale, and
-/// `extra` ("NAME=value" each).
-void prepare(QProcess& process, const QTemporaryDir& dir, const QStringList& extra = {})
+QString rawDatabaseText(const QString& messages)
 {
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert("XDG_CONFIG_HOME", dir.filePath("config"));
-    env.insert("LC_ALL", "C.UTF-8");
-    for (const QString& setting : extra)
-        env.insert(setting.section('=', 0, 0), setting.section('=', 1));
-    process.setProcessEnvironment(env);
-    process.setWorkingDirectory(dir.path());
+    static const char* const marks[] = {
+        "Unable to ", "QPSQL", "QSQLITE", "[SELECT", "[INSERT", "[UPDATE", "[DELETE", "[CREATE", "[ALTER", "[DROP", "[BEGIN",
+        "[COMMIT", "[SAVEPOINT", "ERROR:  ", "FATAL:  ", "LINE 1:", "constraint failed", "duplicate key value", "no such table",
+        "no such column", "database is locked", "syntax error", "does not exist",
+    };
+    for (const char* mark : marks)
+        if (messages.contains(QLatin1String(mark)))
+            return QLatin1String(mark);
+    return {};
 }
 
-} // namespace
-
-std::unique_ptr<QProcess> CliTest::start(const QStringList& args, const QStringList& environment) const
+std::unique_ptr<QProcess> CliProgram::start(const QStringList& args, const QStringList& wrapper) const
 {
     auto process = std::make_unique<QProcess>();
-    prepare(*process, dir, environment);
-    process->start(SEARCHDATA_CLI, QStringList{"--db", database, "--profile", profile, "--table", "Files"} + args);
-    EXPECT_TRUE(process->waitForStarted()) << qPrintable(process->errorString());
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert("XDG_CONFIG_HOME", m_folder + "/config");
+    env.insert("LC_ALL", "C.UTF-8");
+    for (const QString& setting : m_environment)
+        env.insert(setting.section('=', 0, 0), setting.section('=', 1));
+    process->setProcessEnvironment(env);
+    process->setWorkingDirectory(m_folder);
+    if (wrapper.isEmpty())
+        process->start(SEARCHDATA_CLI, args);
+    else
+        process->start(wrapper.first(), wrapper.mid(1) + QStringList{SEARCHDATA_CLI} + args);
     return process;
 }
 
-CliRun CliTest::runRaw(const QStringList& args) const
+CliRun CliProgram::finish(QProcess& process)
 {
-    QProcess process;
-    prepare(process, dir);
-    process.start(SEARCHDATA_CLI, args);
     CliRun run;
     if (!process.waitForFinished(120000)) {
         ADD_FAILURE() << "the program did not finish: " << qPrintable(process.errorString());
@@ -73,7 +73,20 @@ CliRun CliTest::runRaw(const QStringList& args) const
     run.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
     run.out = QString::fromUtf8(process.readAllStandardOutput());
     run.err = QString::fromUtf8(process.readAllStandardError());
+    run.crashed = process.exitStatus() == QProcess::CrashExit || run.err.contains("Sanitizer") || run.err.contains("runtime error:");
     return run;
+}
+
+CliRun CliTest::runRaw(const QStringList& args) const
+{
+    return CliProgram(dir.path()).run(args);
+}
+
+std::unique_ptr<QProcess> CliTest::start(const QStringList& args, const QStringList& environment) const
+{
+    auto process = CliProgram(dir.path(), environment).start(QStringList{"--db", database, "--profile", profile, "--table", "Files"} + args);
+    EXPECT_TRUE(process->waitForStarted()) << qPrintable(process->errorString());
+    return process;
 }
 
 CliRun CliTest::run(const QStringList& args) const

@@ -1,19 +1,20 @@
 #pragma once
 
 #include <QJsonObject>
+#include <QProcess>
 #include <QStringList>
 #include <QTemporaryDir>
 #include <QVariant>
 #include <gtest/gtest.h>
 #include <memory>
 
-class QProcess;
-
 namespace searchdata::test {
 
 /// What one run of the program gave.
 struct CliRun {
     int exitCode = -1;
+    /// Ended by a signal, or by a sanitizer's report.
+    bool crashed = false;
     QString out;
     QString err;
     /// Standard output read as one JSON object; the test fails when it is none.
@@ -21,6 +22,28 @@ struct CliRun {
 };
 
 std::ostream& operator<<(std::ostream& os, const CliRun& run);
+
+/// The first piece of a database driver's own text (or of a statement) in a program's messages, or
+/// blank: the program says what failed in words, and leaves the database's text to --verbose.
+QString rawDatabaseText(const QString& messages);
+
+/// The built program, run as a user runs it: in a folder of the caller's, with a pinned locale and a
+/// configuration folder there.
+class CliProgram {
+public:
+    /// `environment` adds to the program's environment ("NAME=value" each).
+    explicit CliProgram(QString folder, QStringList environment = {}) : m_folder(std::move(folder)), m_environment(std::move(environment)) {}
+    /// Starts a run and returns at once. `wrapper` is a command that runs the program, such as one
+    /// that runs it as another user.
+    std::unique_ptr<QProcess> start(const QStringList& args, const QStringList& wrapper = {}) const;
+    /// Waits for a started run to end.
+    static CliRun finish(QProcess& process);
+    CliRun run(const QStringList& args, const QStringList& wrapper = {}) const { return finish(*start(args, wrapper)); }
+
+private:
+    QString m_folder;
+    QStringList m_environment;
+};
 
 /// Runs the built program as a user would, on a demo database of its own made by "demo init".
 class CliTest : public ::testing::Test {

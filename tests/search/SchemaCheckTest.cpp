@@ -150,8 +150,8 @@ TEST_P(SchemaCheckTest, AStrayFieldIsAskedAboutOrDroppedWithTheLog)
     QFile log(logFile);
     ASSERT_TRUE(log.open(QIODevice::ReadOnly | QIODevice::Text));
     const QStringList lines = QString::fromUtf8(log.readAll()).split('\n', Qt::SkipEmptyParts);
-    const QStringList once{"defined field count = 3", "FilesSearchDatadatabase column Extra missing from SearchColumnConfiguration"};
-    EXPECT_EQ(lines, once + once + QStringList{"FilesSearchDatadeleted column Extra from FilesSearchData"});
+    const QStringList once{"defined field count = 3", "FilesSearchData: database column Extra missing from SearchColumnConfiguration"};
+    EXPECT_EQ(lines, once + once + QStringList{"FilesSearchData: deleted column Extra from FilesSearchData"});
     EXPECT_EQ(rows("FilesSearchData", q("Qty") + " = 7"), rowCount);
 }
 
