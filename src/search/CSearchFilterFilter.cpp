@@ -25,6 +25,22 @@ QString key(const char* name, int n)
     return QLatin1String(name) + QString::number(n);
 }
 
+/// Gives a term's field and table of a profile the spelling of the database, whose names may be
+/// sensitive to capitals where the profile's were not. The field is known to be found.
+void spellAsStored(QString& field, QString& table, const CFilterColumns& columns)
+{
+    const std::shared_ptr<TableStructure>& structure = columns.BaseStructure();
+    if (structure && TextEquals(table, structure->name(), 1)) {
+        if (const std::optional<StructureColumn> described = structure->ColumnNamed(field)) {
+            field = described->name;
+            table = structure->name();
+        }
+    } else if (const std::shared_ptr<CFilterColumn> column = columns.Item(field)) {
+        field = column->Name();
+        table = columns.SearchKeyword(column.get());
+    }
+}
+
 bool hasCompareTo(FilterComparisonClasses comparisonClass)
 {
     return comparisonClass >= kvoCC_Keyword && comparisonClass <= kvoCC_Date;
@@ -131,11 +147,13 @@ std::shared_ptr<CFilterTerms> CSearchFilter::GetFilter(const std::shared_ptr<CFi
         const QString section = _Archive(*columns, userKey, mode);
         // The first missing field ends the filter, whatever numbers follow it.
         for (int n = 1; n <= std::numeric_limits<qint16>::max(); ++n) {
-            const QString field = profile->ReadProfileText(section, key("Field", n), QString());
+            QString field = profile->ReadProfileText(section, key("Field", n), QString());
             if (field.trimmed().isEmpty())
                 break;
-            const QString table = profile->ReadProfileText(section, key("Table", n), QString());
+            QString table = profile->ReadProfileText(section, key("Table", n), QString());
             const FilterComparisonClasses comparisonClass = FilterFieldClass(field, table, *columns);
+            if (comparisonClass != kvoCC_Unknown)
+                spellAsStored(field, table, *columns);
             const auto operation = static_cast<EComparisonOperations>(profile->ReadProfileNumber(section, key("Operation", n), 0));
             QString compareTo;
             if (hasCompareTo(comparisonClass)) {
@@ -214,7 +232,10 @@ FilterComparisonClasses CSearchFilter::FilterFieldClass(const QString& field, co
             result = ComparisonClassFromColumn(&*described);
             return;
         }
-        result = ComparisonClassFromColumn(columns.Item(field).get());
+        // A search column lives in a table of its own: a term that names another table names no column.
+        const std::shared_ptr<CFilterColumn> column = columns.Item(field);
+        if (column && TextEquals(table, columns.SearchKeyword(column.get()), 1))
+            result = ComparisonClassFromColumn(column.get());
     });
     return result;
 }

@@ -64,7 +64,7 @@ std::unique_ptr<QProcess> CliProgram::start(const QStringList& args, const QStri
 CliRun CliProgram::finish(QProcess& process)
 {
     CliRun run;
-    if (!process.waitForFinished(120000)) {
+    if (process.state() != QProcess::NotRunning && !process.waitForFinished(120000)) {
         ADD_FAILURE() << "the program did not finish: " << qPrintable(process.errorString());
         process.kill();
         process.waitForFinished();

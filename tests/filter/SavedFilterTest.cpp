@@ -5,6 +5,7 @@
 #include "searchdata/Value.h"
 
 #include <QSettings>
+#include <QSqlQuery>
 
 using namespace searchdata;
 using namespace searchdata::test;
@@ -178,6 +179,34 @@ TEST_F(SavedFilter, AShorterFilterLeavesNoStaleKeys)
 
     CSearchFilter::SaveFilter(nullptr, *m_columns, m_profile.get(), "7", fltrDBMode_Normal);
     EXPECT_FALSE(m_profile->sections().contains(kSection)) << "saving no terms removes the filter";
+}
+
+// A profile is outside input: its names reach the SQL only as the database spells them, and a term
+// that names a column in another table than the column's own is no term of that column.
+TEST_F(SavedFilter, NamesOfAProfileReachTheSqlOnlyAsTheDatabaseSpellsThem)
+{
+    ASSERT_TRUE(m_columns->ColumnsSave(nullptr));
+    writeTerm(*m_profile, kSection, 1, "partssearchdata", "maker", kvoOP_Equals, "Acme");
+    writeTerm(*m_profile, kSection, 2, "PARTS", "name", kvoOP_Equals, "x");
+    writeTerm(*m_profile, kSection, 3, "PartsSearchKeywordTag", "Maker", kvoOP_Equals, "Acme");
+    writeTerm(*m_profile, kSection, 4, "Elsewhere", "Price", kvoOP_Greater, "1");
+    m_profile->WriteProfileNumber(kSection, "Conjunction2", kvoCJ_And);
+    m_profile->WriteProfileNumber(kSection, "Conjunction3", kvoCJ_And);
+    m_profile->WriteProfileNumber(kSection, "Conjunction4", kvoCJ_And);
+
+    const auto terms = CSearchFilter::GetFilter(m_columns, m_profile.get(), "7", fltrDBMode_Normal);
+    ASSERT_TRUE(terms);
+    ASSERT_EQ(terms->Count(), 4);
+    EXPECT_EQ(terms->Item(1)->Table() + "." + terms->Item(1)->Field(), "PartsSearchData.Maker");
+    EXPECT_EQ(terms->Item(2)->Table() + "." + terms->Item(2)->Field(), "Parts.Name");
+    EXPECT_EQ(terms->Item(3)->ComparisonClass(), kvoCC_Unknown);
+    EXPECT_EQ(terms->Item(4)->ComparisonClass(), kvoCC_Unknown);
+    const QString sql = terms->SQLString();
+    EXPECT_FALSE(sql.contains("Elsewhere")) << qPrintable(sql);
+    EXPECT_FALSE(sql.contains("PartsSearchKeywordTag].[Maker")) << qPrintable(sql);
+    QSqlQuery q(m_db.handler()->database());
+    EXPECT_TRUE(q.exec("SELECT COUNT(*) FROM Parts LEFT JOIN PartsSearchData ON Parts.PartId = PartsSearchData.PartId WHERE " + sql))
+        << qPrintable(q.lastError().text()) << "\n" << qPrintable(sql);
 }
 
 TEST_F(SavedFilter, AFilterKeptUnderTheUserNameMovesToTheUserNumberOnce)

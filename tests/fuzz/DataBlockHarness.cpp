@@ -1,5 +1,7 @@
 #include "fuzz/DataBlockHarness.h"
 
+#include "fuzz/Mutator.h"
+
 #include "searchdata/CCommon.h"
 #include "searchdata/CFilterColumns.h"
 #include "searchdata/CMergeBaseEntry.h"
@@ -32,6 +34,21 @@ QString cell(const QVariant& v)
 }
 
 } // namespace
+
+QList<QByteArray> DataBlockHarness::seedCorpus()
+{
+    return readCorpus(QStringLiteral(SEARCHDATA_SOURCE_DIR "/tests/fuzz/corpus"), QStringLiteral(".txt"));
+}
+
+QList<QByteArray> DataBlockHarness::tokens()
+{
+    return {
+        "Begin Search Data", "(Begin Search Data)\r\n", "End Search Data", "(End Search Data)\r\n", "(Start Note)\r\n", "(End Note)\r\n",
+        "(Line: ", "Line:", "\r\n", "\n\r\r", ":", "((", "))", ",,", ", ", "Customer", "client", "Qty", "Count", "Ratio", "Price", "Due",
+        "Done", "Tags", "Codes", "Remarks", "Colour", "yes", "NO", "maybe", "1e400", "-32769", "2147483648", "3.4e39", "nan",
+        "2003-07-04 13:05", "9999-12-31", "'", "\"", "%", "_", "\\", "\xef\xbb\xbf", "\xc3\xa9", "\xff\xfe", "\xe6\x9d\xb1",
+    };
+}
 
 DataBlockHarness::DataBlockHarness()
 {

@@ -18,6 +18,11 @@ public:
     DataBlockHarness();
     ~DataBlockHarness();
 
+    /// The seed corpus of real blocks.
+    static QList<QByteArray> seedCorpus();
+    /// Pieces of the format for the mutations to insert.
+    static QList<QByteArray> tokens();
+
     /// Whether the database and folders could be set up; `error()` says why not.
     bool ok() const { return m_error.isEmpty(); }
     const QString& error() const { return m_error; }
