@@ -184,6 +184,11 @@ QString libraryReason()
             return databaseTextInWords(text);
         break;
     }
+    // The drivers end each of their messages with a text of their own, which gives away a database's
+    // text that a report passes on from elsewhere.
+    static const QRegularExpression driverText(QStringLiteral("Unable to |QPSQL: |QSQLITE: "));
+    if (driverText.match(last.text).hasMatch())
+        return databaseTextInWords(last.text);
     return last.text;
 }
 
