@@ -4,6 +4,8 @@
 #   scripts/reliability.sh          the few trials that the test command runs
 #   scripts/reliability.sh --long   the same scenarios at full size: 300 saves, 60 kills each, and a
 #                                   million inputs for each fuzzed reader
+# SEARCHDATA_FUZZ_INPUTS sets another number of inputs per fuzzed reader, SEARCHDATA_RELIABILITY_SEED
+# other random moments and mutations.
 # Builds what it needs (with sanitizers, optimized) in build-reliability, or $SEARCHDATA_BUILD_DIR.
 # Prints the figures of each database as a table; the exit code is 0 only when every scenario passed.
 set -euo pipefail

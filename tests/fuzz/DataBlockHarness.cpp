@@ -1,5 +1,6 @@
 #include "fuzz/DataBlockHarness.h"
 
+#include "fuzz/FuzzColumns.h"
 #include "fuzz/Mutator.h"
 
 #include "searchdata/CCommon.h"
@@ -88,17 +89,7 @@ DataBlockHarness::DataBlockHarness()
         m_error = QStringLiteral("the search could not be opened: ") + db.lastError();
         return;
     }
-    cols->Add(QStringLiteral("Customer"), QStringLiteral("Client"), {}, fcText, 40, false, false);
-    cols->Add(QStringLiteral("Qty"), {}, {}, fcInteger16, 0, false, false);
-    cols->Add(QStringLiteral("Count"), {}, {}, fcInteger32, 0, false, false);
-    cols->Add(QStringLiteral("Ratio"), {}, {}, fcSingle, 0, false, false);
-    cols->Add(QStringLiteral("Price"), {}, {}, fcDouble, 0, false, false);
-    cols->Add(QStringLiteral("Due"), {}, {}, fcDateTime, 0, false, false);
-    cols->Add(QStringLiteral("Done"), {}, {}, fcBoolean, 0, false, false);
-    cols->Add(QStringLiteral("Tags"), {}, {}, fcKeyword, 30, false, false);
-    cols->Add(QStringLiteral("Codes"), {}, {}, fcKeyword, 30, true, true);
-    cols->Add(QStringLiteral("Remarks"), {}, {}, fcNote, 255, false, false);
-    cols->Add(QStringLiteral("Colour"), {}, {}, fcText, 20, true, false, QStringLiteral("red"));
+    addEveryColumnType(*cols);
     if (!cols->ColumnsSave(nullptr)) {
         m_error = QStringLiteral("the columns could not be saved: ") + db.lastError();
         return;

@@ -15,9 +15,10 @@ using namespace searchdata::test;
 
 namespace {
 
-unsigned fuzzSeed()
+/// Inputs per reader: SEARCHDATA_FUZZ_INPUTS, else a few hundred, or a million in a long run.
+int fuzzInputs()
 {
-    return qEnvironmentVariableIsSet("SEARCHDATA_RELIABILITY_SEED") ? unsigned(qEnvironmentVariableIntValue("SEARCHDATA_RELIABILITY_SEED")) : 0x5eedu;
+    return qEnvironmentVariableIsSet("SEARCHDATA_FUZZ_INPUTS") ? qEnvironmentVariableIntValue("SEARCHDATA_FUZZ_INPUTS") : trials(600, 1000000);
 }
 
 /// Feeds `inputs` inputs, the corpus first, to `run`; counts those that held, and keeps the first fault.
@@ -25,7 +26,7 @@ template <typename Run>
 Figures fuzz(const QString& scenario, const QList<QByteArray>& corpus, const QList<QByteArray>& tokens, int inputs, Run run, QString& firstFault)
 {
     Figures figures{scenario, {}, inputs};
-    Mutator mutator(corpus, tokens, fuzzSeed());
+    Mutator mutator(corpus, tokens, scenarioRandom(scenario)());
     // Most inputs are refused in part, each with a report; a million of them would bury the figures.
     QLoggingCategory::setFilterRules(QStringLiteral("searchdata.*=false"));
     QElapsedTimer clock;
@@ -53,7 +54,7 @@ TEST(ReliabilityFuzz, DataBlocksNeverCrashTheReaderOrReachBeyondTheirRecord)
     DataBlockHarness harness;
     ASSERT_TRUE(harness.ok()) << qPrintable(harness.error());
     QString fault;
-    Figures figures = fuzz("fuzzed data blocks", DataBlockHarness::seedCorpus(), DataBlockHarness::tokens(), trials(600, 1000000),
+    Figures figures = fuzz("fuzzed data blocks", DataBlockHarness::seedCorpus(), DataBlockHarness::tokens(), fuzzInputs(),
                            [&](const QByteArray& block) { return harness.run(block); }, fault);
     figures.database = QStringLiteral("SQLite");
     recordFigures(figures);
@@ -71,7 +72,7 @@ TEST_P(ProfileFuzz, SavedFiltersOfAnyProfileGiveSqlTheDatabaseTakes)
     ASSERT_TRUE(harness.ok()) << qPrintable(harness.error());
     QString fault;
     int withTerms = 0;
-    const Figures figures = fuzz("fuzzed saved filters", SavedFilterHarness::seedCorpus(), SavedFilterHarness::tokens(), trials(600, 1000000),
+    const Figures figures = fuzz("fuzzed saved filters", SavedFilterHarness::seedCorpus(), SavedFilterHarness::tokens(), fuzzInputs(),
                                  [&](const QByteArray& profile) {
                                      const QString result = harness.run(profile);
                                      withTerms += harness.lastTermCount() > 0;
