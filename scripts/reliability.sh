@@ -48,8 +48,9 @@ wait "$postgresql" || status=1
 for db in sqlite postgresql; do
   printf '\n== %s\n' "$db"
   grep -E '^(\[  FAILED  \]|\[ fuzz \])' "$work/$db.log" | sort -u || true
-  sed -n '/^reliability figures/,/^\[==========\]/p' "$work/$db.log" | grep -v '^\[==========\]'
+  # A run that was killed or crashed printed no table.
+  sed -n '/^reliability figures/,/^\[==========\]/p' "$work/$db.log" | grep -v '^\[==========\]' || echo "no figures: the run ended early"
 done
-printf '\nfigures of: %s%s\n' "$0" "${1:+ $1}"
+printf '\nfigures of: %s%s%s\n' "${SEARCHDATA_FUZZ_INPUTS:+SEARCHDATA_FUZZ_INPUTS=$SEARCHDATA_FUZZ_INPUTS }" "$0" "${1:+ $1}"
 [ "$status" -eq 0 ] || { printf 'some scenarios failed; the logs were:\n'; tail -n 60 "$work"/*.log; }
 exit "$status"
