@@ -32,9 +32,10 @@ int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("searchdata"));
-    // The library's own log lines would mix with the program's output; its errors reach the user
-    // through the messages of the commands, in words, and --verbose shows the log itself.
-    QLoggingCategory::setFilterRules(QStringLiteral("searchdata.*=false"));
+    // The library's log lines and the database drivers' warnings would mix with the program's output;
+    // failures reach the user through the messages of the commands, in words, and --verbose shows the
+    // log itself.
+    QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false\n*.info=false\n*.warning=false"));
 
     auto services = std::make_shared<ConsoleUiServices>();
     services->setProgress(std::make_shared<StderrProgress>());
