@@ -137,6 +137,8 @@ DemoWindow::DemoWindow(std::shared_ptr<DatabaseHandler> db, std::shared_ptr<Cata
 
     m_control = new UKVOSearch;
     m_control->setObjectName(QStringLiteral("kvoSearch"));
+    // The table beside the control shows the base record already.
+    m_control->SetDisplayBaseRecord(false);
     m_dock = new QDockWidget(GetResourceText(9459), this);
     m_dock->setObjectName(QStringLiteral("dockSearch"));
     m_dock->setWidget(m_control);
