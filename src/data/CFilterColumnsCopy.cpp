@@ -132,6 +132,32 @@ void detail::insertKeys(const CFilterColumns& columns, const CFilterColumn& colu
             fail(QStringLiteral("the keyword \"%1\" of %2 could not be written").arg(k, column.Name()));
 }
 
+detail::KeyChanges detail::keyChanges(const QStringList& before, const QStringList& wanted)
+{
+    KeyChanges changes;
+    for (const QString& k : before)
+        if (!wanted.contains(k) && !changes.removed.contains(k))
+            changes.removed << k;
+    for (const QString& k : distinctKeys(wanted))
+        if (!before.contains(k))
+            changes.added << k;
+    return changes;
+}
+
+bool detail::writeKeyChanges(const CFilterColumns& columns, const CFilterColumn& column, const QVariant& key, const QString& entryWhere,
+                             const QVariantList& entryValues, const KeyChanges& changes, const CDebugLockedMessage& deleting,
+                             const CDebugLockedMessage& inserting)
+{
+    DatabaseHandler& db = *columns.Handler();
+    const QString sql = QStringLiteral("DELETE FROM ") + db.BracketName(columns.SearchKeyword(&column)) + QStringLiteral(" WHERE ") + entryWhere
+                      + QStringLiteral(" AND ") + db.BracketName(column.Name()) + QStringLiteral(" = ?");
+    for (const QString& k : changes.removed)
+        if (!db.ExecuteSql(sql, QVariantList(entryValues) << boundText(k), &deleting))
+            return false;
+    insertKeys(columns, column, key, changes.added, inserting);
+    return true;
+}
+
 void detail::forgetLoaded(const CFilterColumns& columns, const QVariant& key)
 {
     for (const CFilterColumns::ColumnPtr& column : columns)
@@ -205,17 +231,31 @@ bool detail::writeEntryValues(CFilterColumns& columns, const ISearchBaseEntry& e
     const QVariant key = entryKey(columns, entry);
     const QString title = GetResourceText(8459);
 
+    // The keywords the entry held when it was loaded, read just before an import, spare reading them again.
+    QHash<const CFilterColumn*, QStringList> loadedKeys;
+    for (const CFilterColumns::ColumnPtr& column : columns)
+        if (const CFilterColumn::Loaded* loaded = column->LoadedFor(key); loaded && column->ColumnType() == fcKeyword)
+            loadedKeys.insert(column.get(), loaded->keys);
     forgetLoaded(columns, key);
     // The entry's copy is whole or not at all.
     TableTransaction tx(db);
     if (!tx.begun())
         return false;
+    const QString keyTest = columns.BracketedKeyColumnName() + QStringLiteral(" = ?");
     QList<BoundField> fields;
     for (const CFilterColumns::ColumnPtr& column : columns) {
         if (only && !only->contains(column.get()))
             continue;
         if (column->ColumnType() == fcKeyword) {
-            if (!columns.CopyDataKeyword(&entry, *column, seek))
+            // Only the keywords that differ from what the entry holds are written.
+            QStringList wanted;
+            for (const QString& k : column->SavedKeys())
+                wanted << listForm(*column, k);
+            const auto loaded = loadedKeys.constFind(column.get());
+            const KeyChanges changes = keyChanges(loaded != loadedKeys.cend() ? *loaded : storedKeys(columns, *column, key), wanted);
+            admitToPicklist(columns, *column, changes.added);
+            if (!writeKeyChanges(columns, *column, key, keyTest, {key}, changes, MakeLockedMessage(GetResourceText(8462), GetResourceText(8463)),
+                                 MakeLockedMessage(GetResourceText(8464), GetResourceText(8463))))
                 return false;
             continue;
         }

@@ -30,7 +30,6 @@ bool writeKeywordChanges(CFilterColumns& columns, const ISearchBaseEntry& entry,
     const IComboBoxControl* combo = column.MyComboBox();
     if (!combo)
         return true;
-    DatabaseHandler& db = *columns.Handler();
     const QVariant key = detail::entryKey(columns, entry);
     const bool ownCriteria = seek == columns.SearchTableSeekCriteria(&entry);
     // The list is compared with what it held when it was loaded, else with what is stored now.
@@ -39,27 +38,10 @@ bool writeKeywordChanges(CFilterColumns& columns, const ISearchBaseEntry& entry,
                                                                    : detail::storedKeys(columns, column, seek, {});
     // The caller keeps what is loaded once the whole save stands.
     column.forgetLoaded();
-    const QStringList listed = listedKeys(*combo);
-    QStringList removed, added;
-    for (const QString& k : before)
-        if (!listed.contains(k) && !removed.contains(k))
-            removed << k;
-    for (const QString& k : detail::distinctKeys(listed))
-        if (!before.contains(k))
-            added << k;
-
     const QString title = GetResourceText(8477);
-    const CDebugLockedMessage deleting = MakeLockedMessage(GetResourceText(8478), title);
-    const QString table = db.BracketName(columns.SearchKeyword(&column));
-    const QString which = (ownCriteria ? columns.BracketedKeyColumnName() + QStringLiteral(" = ?") : seek) + QStringLiteral(" AND ")
-                        + db.BracketName(column.Name()) + QStringLiteral(" = ?");
-    for (const QString& k : removed) {
-        const QVariantList values = ownCriteria ? QVariantList{key, detail::boundText(k)} : QVariantList{detail::boundText(k)};
-        if (!db.ExecuteSql(QStringLiteral("DELETE FROM ") + table + QStringLiteral(" WHERE ") + which, values, &deleting))
-            return false;
-    }
-    detail::insertKeys(columns, column, key, added, MakeLockedMessage(GetResourceText(8479), title));
-    return true;
+    return detail::writeKeyChanges(columns, column, key, ownCriteria ? columns.BracketedKeyColumnName() + QStringLiteral(" = ?") : seek,
+                                   ownCriteria ? QVariantList{key} : QVariantList{}, detail::keyChanges(before, listedKeys(*combo)),
+                                   MakeLockedMessage(GetResourceText(8478), title), MakeLockedMessage(GetResourceText(8479), title));
 }
 
 } // namespace

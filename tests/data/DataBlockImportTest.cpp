@@ -265,6 +265,35 @@ TEST_P(DataBlockImportTest, TheLogLiesBesideTheSourceFileUnlessAFolderIsGiven)
     EXPECT_FALSE(QDir("ImportSearchDataErrors").exists());
 }
 
+TEST_P(DataBlockImportTest, AKeywordLineLeavesTheRecordExactlyItsKeywordsAndTouchesNoOtherRecord)
+{
+    const QString keywords = q("FilesSearchKeywordTags");
+    // A keyword kept from before keeps its place; those that came follow in the block's order.
+    const struct {
+        const char* what;
+        QStringList before;
+        QByteArray line;
+        QStringList after;
+    } cases[] = {
+        {"one kept, one gone, one new", {"a", "b"}, "b,c", {"b", "c"}},
+        {"the same keywords in another order", {"a", "b"}, "b,a", {"a", "b"}},
+        {"a repeated new keyword", {"a"}, "c,c,a", {"a", "c"}},
+        {"none kept", {"a", "b"}, "x,y", {"x", "y"}},
+        {"an empty keyword", {"a", "b"}, "", {""}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        SD_ASSERT_SQL(testDb(), "DELETE FROM " + keywords);
+        // What another user wrote since the last import counts as much as what an import wrote.
+        for (const QString& k : c.before)
+            SD_ASSERT_SQL(testDb(), "INSERT INTO " + keywords + " (" + q("FileId") + ", " + q("Tags") + ") VALUES (5, '" + k + "')");
+        SD_ASSERT_SQL(testDb(), "INSERT INTO " + keywords + " (" + q("FileId") + ", " + q("Tags") + ") VALUES (6, 'a')");
+        ASSERT_TRUE(import("(Begin Search Data)\r\n(Tags: " + c.line + ")\r\n(End Search Data)\r\n").written);
+        EXPECT_EQ(tags(), c.after);
+        EXPECT_EQ(tags(6), QStringList({"a"}));
+    }
+}
+
 TEST_P(DataBlockImportTest, PicklistColumnsStoreTheirValuesAsTheirListsHoldThem)
 {
     auto cols = filter->FilterColumns();
