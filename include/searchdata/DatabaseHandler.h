@@ -109,12 +109,16 @@ private:
     bool execPlain(const QString& sql);
     void reportFailure(const QString& sql, const QString& error);
     std::shared_ptr<QSqlQuery> preparedQuery(const QString& sql);
+    bool& statementSavepointOpen(int level);
 
     QString m_connectionName;
     bool m_ownsConnection = false;
     const Dialect* m_dialect;
     QueryConversionFunction m_queryConversion;
     int m_level = 0;
+    // The levels at which the savepoint of the last statement is still open (PostgreSQL): it is
+    // released in the round trip that makes the next statement's, or with its level.
+    QList<bool> m_statementSavepointOpen;
     QString m_lastError;
     QString m_refusal; // why the connection is refused; blank when it is not
     // Statements with bound values, prepared once and run many times; emptied by schema changes.

@@ -170,8 +170,9 @@ bool DatabaseHandler::runWithRetry(const QString& sql, const QVariantList* value
         reportFailure(sql, m_refusal.isEmpty() ? QStringLiteral("the database is not open") : m_refusal);
         return false;
     }
-    // On PostgreSQL a failed statement spoils the whole transaction; a savepoint around each
-    // statement keeps a failure (or a lock to wait for) to that statement, as on SQLite.
+    // On PostgreSQL a failed statement spoils the whole transaction; a savepoint before each
+    // statement keeps a failure (or a lock to wait for) to that statement, as on SQLite. It stays open
+    // after a success: releasing it on its own would cost a round trip for every statement.
     const bool statementSavepoint = DatabaseKind() == dbkPostgreSQL && m_level > 0;
     if (!values && isSchemaChange(sql))
         m_prepared.clear(); // a prepared statement may depend on the shape of a table
@@ -180,8 +181,13 @@ bool DatabaseHandler::runWithRetry(const QString& sql, const QVariantList* value
     waited.start();
     bool shown = false;
     for (;;) {
-        if (statementSavepoint)
-            execPlain(QStringLiteral("SAVEPOINT ") + QLatin1String(kStatementSavepoint));
+        if (statementSavepoint) {
+            bool& open = statementSavepointOpen(m_level);
+            // A plain query takes both statements in one round trip.
+            execPlain((open ? QStringLiteral("RELEASE SAVEPOINT ") + QLatin1String(kStatementSavepoint) + QStringLiteral("; ") : QString())
+                      + QStringLiteral("SAVEPOINT ") + QLatin1String(kStatementSavepoint));
+            open = true;
+        }
         QSqlError error;
         {
             std::shared_ptr<QSqlQuery> cached = values ? preparedQuery(sql) : nullptr;
@@ -202,8 +208,6 @@ bool DatabaseHandler::runWithRetry(const QString& sql, const QVariantList* value
             if (ok) {
                 onSuccess(q);
                 q.finish();
-                if (statementSavepoint)
-                    execPlain(QStringLiteral("RELEASE SAVEPOINT ") + QLatin1String(kStatementSavepoint));
                 if (shown)
                     ui.ClearLockedMessage();
                 return true;
@@ -216,10 +220,8 @@ bool DatabaseHandler::runWithRetry(const QString& sql, const QVariantList* value
             if (cached)
                 m_prepared.remove(sql);
         }
-        if (statementSavepoint) {
+        if (statementSavepoint)
             execPlain(QStringLiteral("ROLLBACK TO SAVEPOINT ") + QLatin1String(kStatementSavepoint));
-            execPlain(QStringLiteral("RELEASE SAVEPOINT ") + QLatin1String(kStatementSavepoint));
-        }
         if (!m_dialect->isLockError(error)) {
             if (shown)
                 ui.ClearLockedMessage();
@@ -239,6 +241,13 @@ bool DatabaseHandler::runWithRetry(const QString& sql, const QVariantList* value
         }
         QThread::msleep(50);
     }
+}
+
+bool& DatabaseHandler::statementSavepointOpen(int level)
+{
+    if (m_statementSavepointOpen.size() <= level)
+        m_statementSavepointOpen.resize(level + 1, false);
+    return m_statementSavepointOpen[level];
 }
 
 std::shared_ptr<QSqlQuery> DatabaseHandler::preparedQuery(const QString& sql)
@@ -349,6 +358,7 @@ bool DatabaseHandler::BeginTableTransaction(TransactionState& state, const IDebu
     if (!ok)
         return false;
     ++m_level;
+    statementSavepointOpen(m_level) = false;
     state = TransactionState{true, false, m_level};
     return true;
 }
@@ -368,6 +378,8 @@ bool DatabaseHandler::CommitTableTransaction(TransactionState& state)
     m_level = level;
     if (!ok)
         return false;
+    // The level's statement savepoint went with it.
+    statementSavepointOpen(m_level) = false;
     --m_level;
     state.committed = true;
     return true;
@@ -387,6 +399,7 @@ void DatabaseHandler::EndTableTransaction(TransactionState& state)
             execPlain(QStringLiteral("ROLLBACK TO SAVEPOINT ") + savepointName(m_level));
             execPlain(QStringLiteral("RELEASE SAVEPOINT ") + savepointName(m_level));
         }
+        statementSavepointOpen(m_level) = false;
         --m_level;
     }
     state.begun = false;

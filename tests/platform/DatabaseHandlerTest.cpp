@@ -210,6 +210,29 @@ TEST_P(DatabaseHandlerTest, AFailedStatementInsideATransactionSpoilsOnlyItself)
     ASSERT_TRUE(db().CommitTableTransaction(tx));
     db().EndTableTransaction(tx);
     EXPECT_EQ(count(), 2);
+
+    // The same at each level of nested transactions, before and after an inner one ends either way.
+    for (const bool innerCommits : {true, false}) {
+        SCOPED_TRACE(innerCommits ? "inner committed" : "inner rolled back");
+        SD_ASSERT_SQL(testDb(), "DELETE FROM t");
+        TransactionState outer, inner;
+        ASSERT_TRUE(db().BeginTableTransaction(outer));
+        ASSERT_TRUE(insert(1, "outer"));
+        ASSERT_TRUE(db().BeginTableTransaction(inner));
+        EXPECT_FALSE(insert(1, "duplicate key in inner"));
+        ASSERT_TRUE(insert(2, "inner"));
+        EXPECT_FALSE(insert(2, "duplicate key in inner"));
+        if (innerCommits) {
+            ASSERT_TRUE(db().CommitTableTransaction(inner));
+        }
+        db().EndTableTransaction(inner);
+        EXPECT_FALSE(insert(1, "duplicate key in outer"));
+        ASSERT_TRUE(insert(3, "outer again"));
+        ASSERT_TRUE(db().CommitTableTransaction(outer));
+        db().EndTableTransaction(outer);
+        EXPECT_EQ(count(), innerCommits ? 3 : 2);
+        EXPECT_EQ(count("id = 2"), innerCommits ? 1 : 0);
+    }
 }
 
 // Another connection, on a thread of its own, holds a write lock on table t for `holdMs`.
@@ -248,6 +271,24 @@ TEST_P(DatabaseHandlerTest, AStatementWaitsForALockWithTheLockedMessageAndThenSu
     EXPECT_TRUE(ui->requests().contains("locked cleared"));
     EXPECT_FALSE(ui->lockedMessageShown());
     EXPECT_EQ(count("v = 'changed'"), 1);
+}
+
+TEST_P(DatabaseHandlerTest, AStatementInsideATransactionWaitsForALockAndKeepsWhatCameBefore)
+{
+    ASSERT_TRUE(insert(1, "mine"));
+    {
+        LockHolder holder(testDb(), GetParam(), 800);
+        TransactionState tx;
+        ASSERT_TRUE(db().BeginTableTransaction(tx));
+        ASSERT_TRUE(insert(2, "before the wait"));
+        ASSERT_TRUE(db().ExecuteSql("UPDATE t SET v = 'changed' WHERE id = 1"));
+        ASSERT_TRUE(insert(3, "after the wait"));
+        ASSERT_TRUE(db().CommitTableTransaction(tx));
+        db().EndTableTransaction(tx);
+    }
+    EXPECT_TRUE(ui->requests().contains("locked cleared")) << qPrintable(ui->requests().join('\n'));
+    EXPECT_EQ(count("v = 'changed'"), 1);
+    EXPECT_EQ(count("id IN (2, 3)"), 2);
 }
 
 TEST_P(DatabaseHandlerTest, GivingUpTheWaitFailsTheStatementAndLosesNothing)
