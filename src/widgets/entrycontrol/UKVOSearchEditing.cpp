@@ -3,6 +3,7 @@
 
 #include "UKVOSearch_p.h"
 
+#include "host/KeyPress.h"
 #include "platform/Guard_p.h"
 #include "searchdata/Resources.h"
 #include "searchdata/UiServices.h"
@@ -11,7 +12,6 @@
 
 #include <QAction>
 #include <QContextMenuEvent>
-#include <QCoreApplication>
 #include <QKeyEvent>
 #include <QMenu>
 #include <QScrollBar>
@@ -28,43 +28,6 @@ constexpr char kModule[] = "KVOSearchEdit";
 
 // Each request to update the buttons waits this long for the next one.
 constexpr int kUpdateDelayMs = 200;
-
-// The keys of the key test that are not characters.
-constexpr int kKeyCopy = 3;
-constexpr int kKeyBackspace = 8;
-constexpr int kKeyPaste = 22;
-constexpr int kKeyDelete = 46;
-
-/// The key that a key event gives the key test, or -1 for one that changes no text.
-int keyOf(const QKeyEvent* event)
-{
-    if (event->matches(QKeySequence::Paste))
-        return kKeyPaste;
-    if (event->matches(QKeySequence::Copy))
-        return kKeyCopy;
-    // A cut takes the selection away, as a backspace over it does.
-    if (event->matches(QKeySequence::Cut) || event->key() == Qt::Key_Backspace)
-        return kKeyBackspace;
-    if (event->key() == Qt::Key_Delete)
-        return kKeyDelete;
-    const QList<uint> characters = event->text().toUcs4();
-    if (characters.isEmpty() || characters.first() < 0x20 || characters.first() == 0x7f)
-        return -1;
-    return int(characters.first());
-}
-
-/// The paste of a standard edit menu: named so by newer Qt, else known by its text in the
-/// translation context of the widget that made the menu.
-QAction* pasteAction(const QMenu* menu, const char* context)
-{
-    if (auto* named = menu->findChild<QAction*>(QStringLiteral("edit-paste")))
-        return named;
-    const QString paste = QCoreApplication::translate(context, "&Paste");
-    for (QAction* action : menu->actions())
-        if (action->text() == paste || action->text().startsWith(paste + QLatin1Char('\t')))
-            return action;
-    return nullptr;
-}
 
 /// The text of a valid field as its type writes it: "007" becomes "7".
 QString normalText(FilterColumnTypeConstants type, const QString& trimmed)
@@ -328,8 +291,8 @@ bool UKVOSearchPrivate::fieldEvent(QObject* watched, QEvent* event)
     if (type == QEvent::KeyPress) {
         if (!textField && !noteField && !comboField)
             return false;
-        const int key = keyOf(static_cast<QKeyEvent*>(event));
-        if (key < 0 || keyAllowed(widget, key))
+        const std::optional<int> key = keyPressCode(*static_cast<QKeyEvent*>(event));
+        if (!key || keyAllowed(widget, *key))
             return false;
         UiServices::current().Beep();
         return true;

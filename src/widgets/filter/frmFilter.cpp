@@ -1,8 +1,9 @@
 #include "filter/frmFilter.h"
 
-#include "filter/LineEditTextBox.h"
+#include "entrycontrol/TextBoxAdapter.h"
 #include "filter/frmFilterHelp.h"
 #include "host/FormPlacement.h"
+#include "host/KeyPress.h"
 #include "host/LanguageAdaptation.h"
 #include "host/LibraryForms.h"
 #include "platform/Guard_p.h"
@@ -584,7 +585,7 @@ bool frmFilter::txtCompareTo_KeyPress(int i, int key)
     // Numbers and dates are judged as a whole; texts also key by key.
     if (!isTyped(rowClass(i)))
         return true;
-    LineEditTextBox box(txtCompareTo[i]);
+    detail::TextBoxAdapter box(txtCompareTo[i]);
     if (ValidKeyPress(&box, key, 0))
         return true;
     UiServices::current().Beep();
@@ -615,9 +616,9 @@ void frmFilter::txtCompareTo_ContextMenu(int i, const QPoint& position)
     QLineEdit* edit = txtCompareTo[i];
     std::unique_ptr<QMenu> menu(edit->createStandardContextMenu());
     // A paste from the menu is judged as the paste key would be.
-    if (auto* paste = menu->findChild<QAction*>(QStringLiteral("edit-paste")); paste && paste->isEnabled() && isTyped(rowClass(i))) {
-        LineEditTextBox box(edit);
-        paste->setEnabled(ValidKeyPress(&box, 22, 0));
+    if (QAction* paste = pasteAction(menu.get(), "QLineEdit"); paste && paste->isEnabled() && isTyped(rowClass(i))) {
+        detail::TextBoxAdapter box(edit);
+        paste->setEnabled(ValidKeyPress(&box, kKeyPaste, 0));
     }
     menu->exec(edit->mapToGlobal(position));
 }
