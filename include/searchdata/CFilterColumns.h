@@ -15,6 +15,11 @@
 
 namespace searchdata {
 
+namespace detail {
+class RecordStatements;
+}
+
+
 class CCheckPopulationArgs;
 class CCheckPopulationResult;
 class CImportField;
@@ -339,6 +344,9 @@ private:
     /// The fields of `columns` in the entry's row of the search table, or null when it cannot be read
     /// (reported, naming the fields that another user dropped meanwhile).
     std::unique_ptr<Recordset> readSearchRow(const ISearchBaseEntry& entry, const QList<ColumnPtr>& columns);
+    /// The entry's keyword lists of `keywords`, in that order, read in one statement; nothing when
+    /// that statement fails (not reported).
+    std::optional<QList<QStringList>> readKeywordLists(const ISearchBaseEntry& entry, const QList<ColumnPtr>& keywords);
     /// The key of an entry as the link column holds it, for binding.
     QVariant keyValue(const ISearchBaseEntry& entry) const;
     void renumber();
@@ -358,6 +366,9 @@ private:
     std::shared_ptr<TableStructure> m_definitionStructure;
     std::shared_ptr<SchemaTool> m_schemaTool;
     std::optional<bool> m_hasStandardColumns;
+    mutable QPair<QString, QString> m_bracketedKey; // the key column's name, and as statements name it
+    friend class detail::RecordStatements;
+    mutable std::shared_ptr<detail::RecordStatements> m_statements;
     std::optional<bool> m_hasKeywordColumns;
     QString m_templateTimestamp;
 };

@@ -76,6 +76,8 @@ public:
 
     /// The tables, ordered by name.
     const QList<CatalogTablePtr>& Tables() const { return m_tables; }
+    /// Counts the refreshes that read the tables: what was made from an older count may be stale.
+    quint64 generation() const { return m_generation; }
 
     /// The foreign keys of every table (itself included) that refer to `table`, with their tables.
     QList<std::pair<CatalogTablePtr, CatalogKey>> ReferencesTo(const QString& table) const;
@@ -83,6 +85,7 @@ public:
 private:
     std::shared_ptr<DatabaseHandler> m_handler;
     QList<CatalogTablePtr> m_tables;
+    quint64 m_generation = 0;
 };
 
 /// The table named `name` (ignoring case, an exact spelling first), or null. Not an error when missing.

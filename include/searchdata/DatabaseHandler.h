@@ -89,6 +89,12 @@ public:
     bool CommitTableTransaction(TransactionState& state);
     /// Rolls back what `state` began and did not commit; called on every way out.
     void EndTableTransaction(TransactionState& state);
+    /// Runs `work` as one transaction, whole or not at all, and gives whether it was committed; `work`
+    /// returns false when it fails. On PostgreSQL, where a savepoint before each statement costs a
+    /// round trip, an outermost transaction first runs without them: should a statement fail or meet
+    /// a lock, that run is rolled back, its reports dropped, and `work` runs again the careful way,
+    /// where locks are waited for and failures reported. So `work` must do the same when run twice.
+    bool RunTransaction(const std::function<bool()>& work, const IDebugLockedMessage* lockedMessage = nullptr);
     /// How many transactions and savepoints are open on this connection.
     int transactionLevel() const { return m_level; }
 
@@ -110,6 +116,8 @@ private:
     void reportFailure(const QString& sql, const QString& error);
     std::shared_ptr<QSqlQuery> preparedQuery(const QString& sql);
     bool& statementSavepointOpen(int level);
+    /// The values to run BEGIN, COMMIT and savepoints with: none where they can be kept prepared.
+    const QVariantList* transactionControlValues() const;
 
     QString m_connectionName;
     bool m_ownsConnection = false;
@@ -119,6 +127,9 @@ private:
     // The levels at which the savepoint of the last statement is still open (PostgreSQL): it is
     // released in the round trip that makes the next statement's, or with its level.
     QList<bool> m_statementSavepointOpen;
+    // A first run of RunTransaction without statement savepoints, and whether a statement of it failed.
+    bool m_unguarded = false;
+    bool m_unguardedFailed = false;
     QString m_lastError;
     QString m_refusal; // why the connection is refused; blank when it is not
     // Statements with bound values, prepared once and run many times; emptied by schema changes.

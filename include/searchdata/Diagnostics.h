@@ -35,6 +35,11 @@ public:
     qint64 reportCount() const { return m_reportCount; }
     void clearReports();
     static constexpr int maxKeptReports = 200;
+    /// Keeps the reports made from now on aside, unreported, until `releaseHeld`: for work that may
+    /// be undone and done again, whose first failures are not the caller's.
+    void holdReports() { m_holding = true; }
+    /// Reports what was held when `keep`, else forgets it, and reports as usual from then on.
+    void releaseHeld(bool keep);
 
     /// Call trace: entries and exits of procedures, kept in a fixed ring of static names.
     void enter(const char* procedure, const char* module) noexcept;
@@ -66,6 +71,8 @@ private:
     };
     QList<ErrorReport> m_reports;
     qint64 m_reportCount = 0;
+    bool m_holding = false;
+    QList<ErrorReport> m_held;
     TraceEntry m_trace[traceCapacity] = {};
     int m_traceNext = 0;
     int m_traceSize = 0;

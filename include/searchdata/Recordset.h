@@ -3,7 +3,7 @@
 #include "searchdata/Value.h"
 
 #include <QList>
-#include <QSqlRecord>
+#include <QVariantList>
 #include <QStringList>
 #include <QVector>
 
@@ -17,7 +17,8 @@ enum LockType : int { adLockReadOnly = 1, adLockPessimistic = 2, adLockOptimisti
 /// stays free for other statements on the same connection while a recordset is open.
 class Recordset {
 public:
-    Recordset(const QSqlRecord& shape, QVector<QSqlRecord> rows, QString source);
+    /// `rows` hold the values of the fields `names`, in that order.
+    Recordset(QStringList names, QVector<QVariantList> rows, QString source);
 
     bool EndOfFile() const { return m_position >= m_rows.size(); }
     void MoveNext() { if (!EndOfFile()) ++m_position; }
@@ -32,12 +33,17 @@ public:
     Value field(const QString& name) const;
     /// The raw value, as the driver gave it.
     QVariant rawField(const QString& name) const;
+    /// The raw value of the field at `index`, counted from 0 in the statement's order.
+    QVariant rawFieldAt(qsizetype index) const;
     /// The statement or table that this recordset was opened on.
     const QString& source() const { return m_source; }
 
 private:
-    QSqlRecord m_shape;
-    QVector<QSqlRecord> m_rows;
+    /// The position of the field `name`, or -1.
+    qsizetype indexOf(const QString& name) const;
+
+    QStringList m_names;
+    QVector<QVariantList> m_rows;
     qsizetype m_position = 0;
     QString m_source;
 };

@@ -4,6 +4,7 @@
 #include "searchdata/CFilterColumns.h"
 
 #include "data/CopyValues_p.h"
+#include "data/RecordStatements_p.h"
 #include "platform/Guard_p.h"
 #include "searchdata/CScPicklist.h"
 #include "searchdata/CSearchFilter.h"
@@ -81,52 +82,63 @@ QVariant detail::entryKey(const CFilterColumns& columns, const ISearchBaseEntry&
 
 QStringList detail::distinctKeys(const QStringList& keys)
 {
+    // A record holds a handful of keywords: looking through them beats hashing.
+    constexpr qsizetype kFew = 32;
     QStringList result;
+    result.reserve(keys.size());
     QSet<QString> seen;
-    for (const QString& k : keys)
-        if (!seen.contains(k)) {
+    for (const QString& k : keys) {
+        const bool repeated = keys.size() <= kFew ? result.contains(k) : seen.contains(k);
+        if (repeated)
+            continue;
+        if (keys.size() > kFew)
             seen.insert(k);
-            result.append(k);
-        }
+        result.append(k);
+    }
     return result;
 }
 
-QStringList detail::storedKeys(const CFilterColumns& columns, const CFilterColumn& column, const QString& where, const QVariantList& values)
+namespace {
+
+QStringList keysOf(const CFilterColumns& columns, const CFilterColumn& column, const QString& sql, const QVariantList& values)
 {
     DatabaseHandler& db = *columns.Handler();
-    const QString table = columns.SearchKeyword(&column);
-    const QString sql = QStringLiteral("SELECT ") + db.BracketName(column.Name()) + QStringLiteral(" FROM ") + db.BracketName(table)
-                      + QStringLiteral(" WHERE ") + where + QStringLiteral(" ORDER BY ") + columns.KeywordStorageOrder(column);
     std::unique_ptr<Recordset> rs = values.isEmpty() ? db.OpenSqlRecordset(sql) : db.OpenSqlRecordset(sql, values);
+    const QString table = columns.SearchKeyword(&column);
     if (!rs) {
-        failOnGoneFields(columns, table, {column.Name()});
-        fail(QStringLiteral("the keywords of %1 could not be read").arg(table));
+        detail::failOnGoneFields(columns, table, {column.Name()});
+        detail::fail(QStringLiteral("the keywords of %1 could not be read").arg(table));
     }
     QStringList keys;
     for (; !rs->EndOfFile(); rs->MoveNext()) {
-        const Value v = rs->field(column.Name());
+        const QVariant v = rs->rawFieldAt(0);
         if (!v.isNull())
-            keys.append(v.text());
+            keys.append(Value::fromVariant(v).text());
     }
     return keys;
 }
 
+} // namespace
+
+QStringList detail::storedKeys(const CFilterColumns& columns, const CFilterColumn& column, const QString& where, const QVariantList& values)
+{
+    DatabaseHandler& db = *columns.Handler();
+    return keysOf(columns, column,
+                  QStringLiteral("SELECT ") + db.BracketName(column.Name()) + QStringLiteral(" FROM ") + db.BracketName(columns.SearchKeyword(&column))
+                      + QStringLiteral(" WHERE ") + where + QStringLiteral(" ORDER BY ") + columns.KeywordStorageOrder(column),
+                  values);
+}
+
 QStringList detail::storedKeys(const CFilterColumns& columns, const CFilterColumn& column, const QVariant& key)
 {
-    return storedKeys(columns, column, columns.BracketedKeyColumnName() + QStringLiteral(" = ?"), QVariantList{key});
+    return keysOf(columns, column, RecordStatements::of(columns).selectKeywords(column), QVariantList{key});
 }
 
 void detail::insertKeys(const CFilterColumns& columns, const CFilterColumn& column, const QVariant& key, const QStringList& keys,
                         const CDebugLockedMessage& locked)
 {
     DatabaseHandler& db = *columns.Handler();
-    QString fields, marks;
-    db.AddInsertPair(fields, marks, columns.KeyColumnName(), QStringLiteral("?"));
-    db.AddInsertPair(fields, marks, column.Name(), QStringLiteral("?"));
-    // The unique key of the keyword table takes each keyword of an entry once; a keyword that another
-    // user adds at the same moment waits for that user's transaction and then adds nothing.
-    const QString insert = QStringLiteral("INSERT INTO ") + db.BracketName(columns.SearchKeyword(&column)) + QStringLiteral(" (") + fields
-                         + QStringLiteral(") VALUES (") + marks + QStringLiteral(") ON CONFLICT DO NOTHING");
+    const QString& insert = RecordStatements::of(columns).insertKeyword(column);
     for (const QString& k : keys)
         if (!db.ExecuteSql(insert, QVariantList{key, boundText(k)}, &locked))
             fail(QStringLiteral("the keyword \"%1\" of %2 could not be written").arg(k, column.Name()));
@@ -144,15 +156,15 @@ detail::KeyChanges detail::keyChanges(const QStringList& before, const QStringLi
     return changes;
 }
 
-bool detail::writeKeyChanges(const CFilterColumns& columns, const CFilterColumn& column, const QVariant& key, const QString& entryWhere,
-                             const QVariantList& entryValues, const KeyChanges& changes, const CDebugLockedMessage& deleting,
-                             const CDebugLockedMessage& inserting)
+bool detail::writeKeyChanges(const CFilterColumns& columns, const CFilterColumn& column, const QVariant& key, const QString& seek,
+                             const KeyChanges& changes, const CDebugLockedMessage& deleting, const CDebugLockedMessage& inserting)
 {
     DatabaseHandler& db = *columns.Handler();
-    const QString sql = QStringLiteral("DELETE FROM ") + db.BracketName(columns.SearchKeyword(&column)) + QStringLiteral(" WHERE ") + entryWhere
-                      + QStringLiteral(" AND ") + db.BracketName(column.Name()) + QStringLiteral(" = ?");
+    const QString sql = seek.isEmpty() ? RecordStatements::of(columns).removeKeyword(column)
+                                       : QStringLiteral("DELETE FROM ") + db.BracketName(columns.SearchKeyword(&column)) + QStringLiteral(" WHERE ")
+                                             + seek + QStringLiteral(" AND ") + db.BracketName(column.Name()) + QStringLiteral(" = ?");
     for (const QString& k : changes.removed)
-        if (!db.ExecuteSql(sql, QVariantList(entryValues) << boundText(k), &deleting))
+        if (!db.ExecuteSql(sql, seek.isEmpty() ? QVariantList{key, boundText(k)} : QVariantList{boundText(k)}, &deleting))
             return false;
     insertKeys(columns, column, key, changes.added, inserting);
     return true;
@@ -238,42 +250,38 @@ bool detail::writeEntryValues(CFilterColumns& columns, const ISearchBaseEntry& e
             loadedKeys.insert(column.get(), loaded->keys);
     forgetLoaded(columns, key);
     // The entry's copy is whole or not at all.
-    TableTransaction tx(db);
-    if (!tx.begun())
-        return false;
-    const QString keyTest = columns.BracketedKeyColumnName() + QStringLiteral(" = ?");
-    QList<BoundField> fields;
-    for (const CFilterColumns::ColumnPtr& column : columns) {
-        if (only && !only->contains(column.get()))
-            continue;
-        if (column->ColumnType() == fcKeyword) {
-            // Only the keywords that differ from what the entry holds are written.
-            QStringList wanted;
-            for (const QString& k : column->SavedKeys())
-                wanted << listForm(*column, k);
-            const auto loaded = loadedKeys.constFind(column.get());
-            const KeyChanges changes = keyChanges(loaded != loadedKeys.cend() ? *loaded : storedKeys(columns, *column, key), wanted);
-            admitToPicklist(columns, *column, changes.added);
-            if (!writeKeyChanges(columns, *column, key, keyTest, {key}, changes, MakeLockedMessage(GetResourceText(8462), GetResourceText(8463)),
-                                 MakeLockedMessage(GetResourceText(8464), GetResourceText(8463))))
+    return db.RunTransaction([&] {
+        QList<BoundField> fields;
+        for (const CFilterColumns::ColumnPtr& column : columns) {
+            if (only && !only->contains(column.get()))
+                continue;
+            if (column->ColumnType() == fcKeyword) {
+                // Only the keywords that differ from what the entry holds are written.
+                QStringList wanted;
+                for (const QString& k : column->SavedKeys())
+                    wanted << listForm(*column, k);
+                const auto loaded = loadedKeys.constFind(column.get());
+                const KeyChanges changes = keyChanges(loaded != loadedKeys.cend() ? *loaded : storedKeys(columns, *column, key), wanted);
+                admitToPicklist(columns, *column, changes.added);
+                if (!writeKeyChanges(columns, *column, key, {}, changes, MakeLockedMessage(GetResourceText(8462), GetResourceText(8463)),
+                                     MakeLockedMessage(GetResourceText(8464), GetResourceText(8463))))
+                    return false;
+                continue;
+            }
+            Value v = detail::listForm(*column, column->SavedValue());
+            if (!only && nothingToCopy(*column, v))
+                continue;
+            // A blank is no entry of a picklist that forbids blanks; nothing at all passes its key.
+            if (column->IsPicklist() && !v.isBlank() && v.text().isEmpty())
+                v = Value::null();
+            const QVariant bound = boundColumnValue(*column, v);
+            if (column->IsPicklist() && !v.isBlank() && !columns.CopyDataInsertIntoPicklist(*column))
                 return false;
-            continue;
+            fields.append({column->Name(), bound});
         }
-        Value v = detail::listForm(*column, column->SavedValue());
-        if (!only && nothingToCopy(*column, v))
-            continue;
-        // A blank is no entry of a picklist that forbids blanks; nothing at all passes its key.
-        if (column->IsPicklist() && !v.isBlank() && v.text().isEmpty())
-            v = Value::null();
-        const QVariant bound = boundColumnValue(*column, v);
-        if (column->IsPicklist() && !v.isBlank() && !columns.CopyDataInsertIntoPicklist(*column))
-            return false;
-        fields.append({column->Name(), bound});
-    }
-    if (!fields.isEmpty()
-        && !writeSearchRow(columns, key, fields, fields, MakeLockedMessage(GetResourceText(8460), title), MakeLockedMessage(GetResourceText(8461), title)))
-        return false;
-    return tx.commit();
+        return fields.isEmpty()
+            || writeSearchRow(columns, key, fields, fields, MakeLockedMessage(GetResourceText(8460), title), MakeLockedMessage(GetResourceText(8461), title));
+    });
 }
 
 // ---- copy ------------------------------------------------------------------------------------------

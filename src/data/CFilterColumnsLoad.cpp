@@ -3,6 +3,7 @@
 #include "searchdata/CFilterColumns.h"
 
 #include "data/CopyValues_p.h"
+#include "data/RecordStatements_p.h"
 #include "platform/Guard_p.h"
 #include "searchdata/DatabaseHandler.h"
 #include "searchdata/ISearchBaseEntry.h"
@@ -55,26 +56,34 @@ QVariant CFilterColumns::keyValue(const ISearchBaseEntry& entry) const
 
 std::unique_ptr<Recordset> CFilterColumns::readSearchRow(const ISearchBaseEntry& entry, const QList<ColumnPtr>& columns)
 {
-    DatabaseHandler& db = *m_handler;
-    const QString table = SearchKeyword(nullptr);
     // The fields are named, never "*": a statement kept prepared must not meet a table whose fields
-    // another user changed meanwhile and hand back a row of another shape. A field that the table
-    // lacks is not asked for; the column keeps what it holds.
-    const CatalogTablePtr known = m_catalog ? GetCatalogTable(*m_catalog, table) : nullptr;
-    QString select = BracketedKeyColumnName();
+    // another user changed meanwhile and hand back a row of another shape.
     QStringList fields;
-    for (const ColumnPtr& column : columns)
-        if (const std::optional<CatalogColumn> field = GetTableColumn(known, column->Name())) {
-            select += QStringLiteral(", ") + db.BracketName(field->name);
-            fields << field->name;
-        }
-    std::unique_ptr<Recordset> row =
-        db.OpenSqlRecordset(QStringLiteral("SELECT ") + select + QStringLiteral(" FROM ") + db.BracketName(table) + QStringLiteral(" WHERE ")
-                                + BracketedKeyColumnName() + QStringLiteral(" = ?"),
-                            QVariantList{keyValue(entry)});
+    const QString& sql = detail::RecordStatements::of(*this).searchRow(columns, fields);
+    std::unique_ptr<Recordset> row = m_handler->OpenSqlRecordset(sql, QVariantList{keyValue(entry)});
     if (!row)
-        detail::failOnGoneFields(*this, table, fields);
+        detail::failOnGoneFields(*this, SearchKeyword(nullptr), fields);
     return row;
+}
+
+std::optional<QList<QStringList>> CFilterColumns::readKeywordLists(const ISearchBaseEntry& entry, const QList<ColumnPtr>& keywords)
+{
+    const QString& sql = detail::RecordStatements::of(*this).keywordLists(keywords);
+    if (sql.isEmpty())
+        return std::nullopt;
+    // A failure here is said again, in its own words, by the list read on its own.
+    Diagnostics::instance().holdReports();
+    std::unique_ptr<Recordset> rs = m_handler->OpenSqlRecordset(sql, QVariantList(keywords.size(), keyValue(entry)));
+    Diagnostics::instance().releaseHeld(rs != nullptr);
+    if (!rs)
+        return std::nullopt;
+    QList<QStringList> lists(keywords.size());
+    for (; !rs->EndOfFile(); rs->MoveNext()) {
+        const qsizetype list = rs->rawFieldAt(0).toLongLong();
+        if (const QVariant keyword = rs->rawFieldAt(2); list < lists.size() && !keyword.isNull())
+            lists[list] << Value::fromVariant(keyword).text();
+    }
+    return lists;
 }
 
 void CFilterColumns::GetData(const ISearchBaseEntry* roSource)
@@ -85,24 +94,34 @@ void CFilterColumns::GetData(const ISearchBaseEntry* roSource)
         if (seek.isEmpty())
             return;
         const QVariant key = keyValue(*roSource);
+        // What was loaded for an earlier read stands no longer, whatever becomes of this one.
+        QList<ColumnPtr> standard, keywords;
+        for (const ColumnPtr& column : m_columns) {
+            if (column->HasSavedValue())
+                continue;
+            column->forgetLoaded();
+            (column->ColumnType() == fcKeyword ? keywords : standard) << column;
+        }
         // Outside a transaction SQLite takes and frees its file lock, and checks its cache, for every
         // statement; one read transaction does that once for the row and all its keyword lists.
         std::optional<TableTransaction> reading;
         if (m_handler->DatabaseKind() == dbkSQLite && m_handler->transactionLevel() == 0)
             reading.emplace(*m_handler);
-        // What was loaded for an earlier read stands no longer, whatever becomes of this one.
-        QList<ColumnPtr> standard;
-        for (const ColumnPtr& column : m_columns)
-            if (!column->HasSavedValue() && column->ColumnType() != fcKeyword) {
-                column->forgetLoaded();
-                standard << column;
-            }
+        // One statement reads every keyword list. Should it fail (a table or a field gone), each list
+        // is read on its own, and what fails is said.
+        const std::optional<QList<QStringList>> lists = keywords.isEmpty() ? std::nullopt : readKeywordLists(*roSource, keywords);
         std::unique_ptr<Recordset> row;
         for (const ColumnPtr& column : m_columns) {
             if (column->HasSavedValue())
                 continue;
             if (column->ColumnType() == fcKeyword) {
-                GetDataKeyword(roSource, *column, seek);
+                if (lists) {
+                    column->ClearSavedKeys();
+                    column->SavedKeys() = lists->at(keywords.indexOf(column));
+                    column->setLoaded(key, Value(), column->SavedKeys());
+                } else {
+                    GetDataKeyword(roSource, *column, seek);
+                }
                 continue;
             }
             if (!row) {

@@ -8,6 +8,8 @@
 #include "searchdata/ISearchBaseEntry.h"
 #include "searchdata/Resources.h"
 
+#include <QScopeGuard>
+
 namespace searchdata {
 
 namespace {
@@ -23,25 +25,25 @@ QStringList listedKeys(const IComboBoxControl& combo)
 }
 
 /// Writes what changed in a keyword column's list: deletes the keywords that left it and inserts
-/// those that came. The caller holds the transaction; a list without changes writes nothing.
-bool writeKeywordChanges(CFilterColumns& columns, const ISearchBaseEntry& entry, CFilterColumn& column, const QString& seek)
+/// those that came, for the rows that `seek` selects (blank: the entry's own). The caller holds the
+/// transaction, and forgets what was loaded once it ends; a list without changes writes nothing.
+bool writeKeywordChanges(CFilterColumns& columns, const ISearchBaseEntry& entry, const CFilterColumn& column, const QString& seek)
 {
     // Keywords reach the table only from an entry control's list.
     const IComboBoxControl* combo = column.MyComboBox();
     if (!combo)
         return true;
     const QVariant key = detail::entryKey(columns, entry);
-    const bool ownCriteria = seek == columns.SearchTableSeekCriteria(&entry);
     // The list is compared with what it held when it was loaded, else with what is stored now.
-    const CFilterColumn::Loaded* loaded = ownCriteria ? column.LoadedFor(key) : nullptr;
-    const QStringList before = loaded ? loaded->keys : ownCriteria ? detail::storedKeys(columns, column, key)
-                                                                   : detail::storedKeys(columns, column, seek, {});
-    // The caller keeps what is loaded once the whole save stands.
-    column.forgetLoaded();
+    const CFilterColumn::Loaded* loaded = seek.isEmpty() ? column.LoadedFor(key) : nullptr;
+    const QStringList before = loaded ? loaded->keys : seek.isEmpty() ? detail::storedKeys(columns, column, key)
+                                                                      : detail::storedKeys(columns, column, seek, {});
+    const detail::KeyChanges changes = detail::keyChanges(before, listedKeys(*combo));
+    if (changes.removed.isEmpty() && changes.added.isEmpty())
+        return true;
     const QString title = GetResourceText(8477);
-    return detail::writeKeyChanges(columns, column, key, ownCriteria ? columns.BracketedKeyColumnName() + QStringLiteral(" = ?") : seek,
-                                   ownCriteria ? QVariantList{key} : QVariantList{}, detail::keyChanges(before, listedKeys(*combo)),
-                                   MakeLockedMessage(GetResourceText(8478), title), MakeLockedMessage(GetResourceText(8479), title));
+    return detail::writeKeyChanges(columns, column, key, seek, changes, MakeLockedMessage(GetResourceText(8478), title),
+                                   MakeLockedMessage(GetResourceText(8479), title));
 }
 
 } // namespace
@@ -55,14 +57,8 @@ bool CFilterColumns::saveEntry(const ISearchBaseEntry* entry, const std::functio
     bool saved = false;
     SD_GUARDED([&] {
         DatabaseHandler& db = *m_handler;
-        const QString seek = SearchTableSeekCriteria(entry);
         const QString tableName = SearchKeyword(nullptr);
         const QVariant key = keyValue(*entry);
-        // One entry is saved whole or not at all.
-        TableTransaction tx(db);
-        if (!tx.begun())
-            return;
-
         // What each field is to take, and what it held when it was loaded; a column whose record was
         // not loaded here compares with what the row holds now.
         struct Field {
@@ -83,41 +79,55 @@ bool CFilterColumns::saveEntry(const ISearchBaseEntry* entry, const std::functio
             if (changesOnly && !loaded)
                 unknown << column;
         }
-        if (!unknown.isEmpty()) {
-            std::unique_ptr<Recordset> row = readSearchRow(*entry, unknown);
-            if (!row)
-                return;
-            for (Field& f : given)
-                if (unknown.contains(f.column))
-                    f.before = f.column->StoredForm(row->EndOfFile() ? Value::null() : row->field(f.column->Name()));
-        }
         QList<const Field*> changed;
-        for (const Field& f : given)
-            if (!changesOnly || f.column->StoredForm(f.value) != f.before)
-                changed << &f;
+        QStringList rowFields;
+        bool rowFailed = false;
+        // Until the save stands, a keyword list compares with what is stored.
+        auto forgetKeywords = qScopeGuard([&] {
+            for (const ColumnPtr& column : m_columns)
+                if (column->ColumnType() == fcKeyword)
+                    column->forgetLoaded();
+        });
+        // One entry is saved whole or not at all.
+        const bool written = db.RunTransaction([&] {
+            rowFailed = false;
+            if (!unknown.isEmpty()) {
+                std::unique_ptr<Recordset> row = readSearchRow(*entry, unknown);
+                if (!row)
+                    return false;
+                for (Field& f : given)
+                    if (unknown.contains(f.column))
+                        f.before = f.column->StoredForm(row->EndOfFile() ? Value::null() : row->field(f.column->Name()));
+            }
+            changed.clear();
+            for (const Field& f : given)
+                if (!changesOnly || f.column->StoredForm(f.value) != f.before)
+                    changed << &f;
 
-        for (const ColumnPtr& column : m_columns)
-            if (column->ColumnType() == fcKeyword && !writeKeywordChanges(*this, *entry, *column, seek))
-                return;
-
-        if (!changed.isEmpty()) {
+            for (const ColumnPtr& column : m_columns)
+                if (column->ColumnType() == fcKeyword && !writeKeywordChanges(*this, *entry, *column, {}))
+                    return false;
+            if (changed.isEmpty())
+                return true;
             QList<detail::BoundField> all, changedFields;
-            QStringList names;
+            rowFields.clear();
             for (const Field& f : given) {
                 all.append({f.column->Name(), detail::boundColumnValue(*f.column, f.value)});
                 if (changed.contains(&f))
                     changedFields << all.back();
-                names << f.column->Name();
+                rowFields << f.column->Name();
             }
-            if (!detail::writeSearchRow(*this, key, changedFields, all,
-                                        MakeLockedMessage(GetResourceText(insertText), GetResourceText(titleText)),
-                                        MakeLockedMessage(GetResourceText(updateText), GetResourceText(titleText)))) {
-                detail::failOnGoneFields(*this, tableName, names);
-                return;
-            }
-        }
-        if (!tx.commit())
+            rowFailed = !detail::writeSearchRow(*this, key, changedFields, all,
+                                                MakeLockedMessage(GetResourceText(insertText), GetResourceText(titleText)),
+                                                MakeLockedMessage(GetResourceText(updateText), GetResourceText(titleText)));
+            return !rowFailed;
+        });
+        if (!written) {
+            if (rowFailed)
+                detail::failOnGoneFields(*this, tableName, rowFields);
             return;
+        }
+        forgetKeywords.dismiss();
         saved = true;
         // What the record holds now is what the next save compares with.
         for (const Field& f : given)
@@ -160,8 +170,9 @@ bool CFilterColumns::SaveDataKeyword(const ISearchBaseEntry* entry, CFilterColum
     SD_PROC("SaveDataKeyword");
     bool saved = false;
     SD_GUARDED([&] {
-        TableTransaction tx(*m_handler);
-        saved = tx.begun() && writeKeywordChanges(*this, *entry, column, seek) && tx.commit();
+        const QString rows = seek == SearchTableSeekCriteria(entry) ? QString() : seek;
+        saved = m_handler->RunTransaction([&] { return writeKeywordChanges(*this, *entry, column, rows); });
+        column.forgetLoaded();
     });
     return saved;
 }

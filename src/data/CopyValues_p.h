@@ -63,12 +63,11 @@ struct KeyChanges {
 KeyChanges keyChanges(const QStringList& before, const QStringList& wanted);
 
 /// Writes `changes` to a keyword column's table: deletes the keywords that left from the rows that
-/// `entryWhere` (with `entryValues` bound to its marks) selects, and inserts those that came for the
-/// entry whose key is `key`. The caller holds the transaction. False when a deletion failed
-/// (reported); fails (throws) when an insertion does.
-bool writeKeyChanges(const CFilterColumns& columns, const CFilterColumn& column, const QVariant& key, const QString& entryWhere,
-                     const QVariantList& entryValues, const KeyChanges& changes, const CDebugLockedMessage& deleting,
-                     const CDebugLockedMessage& inserting);
+/// `seek` selects (blank: the rows of the entry whose key is `key`), and inserts those that came for
+/// that entry. The caller holds the transaction. False when a deletion failed (reported); fails
+/// (throws) when an insertion does.
+bool writeKeyChanges(const CFilterColumns& columns, const CFilterColumn& column, const QVariant& key, const QString& seek,
+                     const KeyChanges& changes, const CDebugLockedMessage& deleting, const CDebugLockedMessage& inserting);
 
 /// After a statement naming `fields` of `table` failed: fails (throws) naming those of them that the
 /// table no longer has, when another user dropped them meanwhile; returns when all are there.

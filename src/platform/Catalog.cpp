@@ -384,6 +384,7 @@ bool Catalog::Refresh()
         for (const auto& table : std::as_const(tables))
             list.append(table);
         m_tables = std::move(list);
+        ++m_generation;
     }));
 }
 

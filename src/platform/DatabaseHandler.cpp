@@ -173,7 +173,10 @@ bool DatabaseHandler::runWithRetry(const QString& sql, const QVariantList* value
     // On PostgreSQL a failed statement spoils the whole transaction; a savepoint before each
     // statement keeps a failure (or a lock to wait for) to that statement, as on SQLite. It stays open
     // after a success: releasing it on its own would cost a round trip for every statement.
-    const bool statementSavepoint = DatabaseKind() == dbkPostgreSQL && m_level > 0;
+    const bool statementSavepoint = DatabaseKind() == dbkPostgreSQL && m_level > 0 && !m_unguarded;
+    if (m_unguarded && m_unguardedFailed)
+        return false; // the transaction is spoilt; it runs again
+
     if (!values && isSchemaChange(sql))
         m_prepared.clear(); // a prepared statement may depend on the shape of a table
     UiServices& ui = UiServices::current();
@@ -220,6 +223,11 @@ bool DatabaseHandler::runWithRetry(const QString& sql, const QVariantList* value
             if (cached)
                 m_prepared.remove(sql);
         }
+        if (m_unguarded) {
+            m_unguardedFailed = true;
+            m_lastError = error.text();
+            return false;
+        }
         if (statementSavepoint)
             execPlain(QStringLiteral("ROLLBACK TO SAVEPOINT ") + QLatin1String(kStatementSavepoint));
         if (!m_dialect->isLockError(error)) {
@@ -241,6 +249,14 @@ bool DatabaseHandler::runWithRetry(const QString& sql, const QVariantList* value
         }
         QThread::msleep(50);
     }
+}
+
+const QVariantList* DatabaseHandler::transactionControlValues() const
+{
+    // SQLite parses a statement as it prepares it, some 10,000 instructions even for a COMMIT; kept
+    // prepared, the two of every transaction cost nothing of that. PostgreSQL cannot prepare them.
+    static const QVariantList none;
+    return DatabaseKind() == dbkSQLite ? &none : nullptr;
 }
 
 bool& DatabaseHandler::statementSavepointOpen(int level)
@@ -287,10 +303,20 @@ namespace {
 std::function<void(QSqlQuery&)> collectRows(std::unique_ptr<Recordset>& out, const QString& source)
 {
     return [&out, source](QSqlQuery& q) {
-        QVector<QSqlRecord> rows;
-        while (q.next())
-            rows.append(q.record());
-        out = std::make_unique<Recordset>(q.record(), std::move(rows), source);
+        // Values by position: a QSqlRecord for each row would copy every field's name and type too.
+        const QSqlRecord shape = q.record();
+        QStringList names;
+        for (int i = 0; i < shape.count(); ++i)
+            names << shape.fieldName(i);
+        QVector<QVariantList> rows;
+        while (q.next()) {
+            QVariantList row;
+            row.reserve(names.size());
+            for (int i = 0; i < names.size(); ++i)
+                row << q.value(i);
+            rows.append(std::move(row));
+        }
+        out = std::make_unique<Recordset>(std::move(names), std::move(rows), source);
     };
 }
 
@@ -353,7 +379,7 @@ bool DatabaseHandler::BeginTableTransaction(TransactionState& state, const IDebu
     // the savepoint made here too.
     const int level = m_level;
     m_level = 0;
-    const bool ok = runWithRetry(sql, nullptr, lockedMessage, [](QSqlQuery&) {});
+    const bool ok = runWithRetry(sql, transactionControlValues(), lockedMessage, [](QSqlQuery&) {});
     m_level = level;
     if (!ok)
         return false;
@@ -361,6 +387,33 @@ bool DatabaseHandler::BeginTableTransaction(TransactionState& state, const IDebu
     statementSavepointOpen(m_level) = false;
     state = TransactionState{true, false, m_level};
     return true;
+}
+
+bool DatabaseHandler::RunTransaction(const std::function<bool()>& work, const IDebugLockedMessage* lockedMessage)
+{
+    const auto run = [&] {
+        TableTransaction tx(*this, lockedMessage);
+        return tx.begun() && work() && tx.commit();
+    };
+    if (DatabaseKind() != dbkPostgreSQL || m_level > 0)
+        return run();
+    Diagnostics& diagnostics = Diagnostics::instance();
+    diagnostics.holdReports();
+    m_unguarded = true;
+    m_unguardedFailed = false;
+    bool done = false;
+    try {
+        done = run();
+    } catch (...) {
+        m_unguarded = false;
+        if (!m_unguardedFailed) {
+            diagnostics.releaseHeld(true);
+            throw;
+        }
+    }
+    m_unguarded = false;
+    diagnostics.releaseHeld(!m_unguardedFailed);
+    return m_unguardedFailed ? run() : done;
 }
 
 bool DatabaseHandler::CommitTableTransaction(TransactionState& state)
@@ -374,7 +427,7 @@ bool DatabaseHandler::CommitTableTransaction(TransactionState& state)
     const QString sql = m_level == 1 ? QStringLiteral("COMMIT") : QStringLiteral("RELEASE SAVEPOINT ") + savepointName(m_level);
     const int level = m_level;
     m_level = 0;
-    const bool ok = runWithRetry(sql, nullptr, nullptr, [](QSqlQuery&) {});
+    const bool ok = runWithRetry(sql, transactionControlValues(), nullptr, [](QSqlQuery&) {});
     m_level = level;
     if (!ok)
         return false;

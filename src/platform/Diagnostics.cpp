@@ -5,6 +5,7 @@
 
 #include <QFile>
 #include <QTextStream>
+#include <utility>
 
 // Only warnings by default; QT_LOGGING_RULES="searchdata.*=true" shows the statements and steps too.
 Q_LOGGING_CATEGORY(lcDiagnostics, "searchdata.diagnostics", QtWarningMsg)
@@ -24,12 +25,25 @@ void Diagnostics::report(const ErrorReport& report)
     ErrorReport r = report;
     if (!r.when.isValid())
         r.when = QDateTime::currentDateTime();
+    if (m_holding) {
+        m_held.append(r);
+        return;
+    }
     qCWarning(lcDiagnostics).noquote() << QStringLiteral("error %1 in %2.%3 (line %4): %5")
                                               .arg(r.number).arg(r.module, r.procedure).arg(r.line).arg(r.text);
     if (m_reports.size() >= maxKeptReports)
         m_reports.removeFirst();
     m_reports.append(r);
     ++m_reportCount;
+}
+
+void Diagnostics::releaseHeld(bool keep)
+{
+    m_holding = false;
+    const QList<ErrorReport> held = std::exchange(m_held, {});
+    if (keep)
+        for (const ErrorReport& r : held)
+            report(r);
 }
 
 std::optional<ErrorReport> Diagnostics::lastError() const

@@ -17,13 +17,22 @@ const Dialect& Dialect::forKind(int kind)
 
 QString Dialect::BracketName(const QString& name) const
 {
+    // Names are quoted for every statement: one allocation each.
+    const auto enclosed = [](QChar open, QStringView inner, QChar close) {
+        QString quoted;
+        quoted.reserve(inner.size() + 2);
+        quoted.append(open).append(inner).append(close);
+        return quoted;
+    };
     if (m_kind == dbkPostgreSQL) {
+        if (!name.contains(QLatin1Char('"')))
+            return enclosed(QLatin1Char('"'), name, QLatin1Char('"'));
         QString inner = name;
         inner.replace(QLatin1Char('"'), QLatin1String("\"\""));
         return QLatin1Char('"') + inner + QLatin1Char('"');
     }
     if (!name.contains(QLatin1Char(']')))
-        return QLatin1Char('[') + name + QLatin1Char(']');
+        return enclosed(QLatin1Char('['), name, QLatin1Char(']'));
     // Brackets cannot escape a closing bracket; SQLite reads double quotes as well.
     QString inner = name;
     inner.replace(QLatin1Char('"'), QLatin1String("\"\""));
