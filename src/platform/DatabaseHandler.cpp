@@ -12,6 +12,7 @@
 #include <QSqlRecord>
 #include <QThread>
 #include <QUrl>
+#include <optional>
 
 namespace searchdata {
 
@@ -194,8 +195,8 @@ bool DatabaseHandler::runWithRetry(const QString& sql, const QVariantList* value
         QSqlError error;
         {
             std::shared_ptr<QSqlQuery> cached = values ? preparedQuery(sql) : nullptr;
-            QSqlQuery plain(db);
-            QSqlQuery& q = cached ? *cached : plain;
+            std::optional<QSqlQuery> plain;
+            QSqlQuery& q = cached ? *cached : plain.emplace(db);
             bool ok;
             if (values && cached) {
                 for (int i = 0; i < values->size(); ++i)

@@ -179,6 +179,63 @@ TEST_P(EntryValuesTest, KeywordsReadBackInTheOrderTheyWereSavedWhateverBecameOfT
     EXPECT_EQ(search->Item("Tags")->SavedKeys(), QStringList({"c", "a", "b"}));
 }
 
+TEST_P(EntryValuesTest, EachKeywordListLoadsWholeAndApartEvenWhereAnotherCannotBeRead)
+{
+    Form form(*search);
+    Entry e(4), bare(5);
+    form.boxes["Customer"]->text = "Acme";
+    form.combos["Tags"]->items = {"zeta", "alpha", "shared"};
+    form.combos["Colors"]->items = {"shared", "red"};
+    ASSERT_TRUE(search->SaveDataFromEditControl(&e));
+    form.combos["Tags"]->items.clear();
+    form.combos["Colors"]->items = {"blue"};
+    ASSERT_TRUE(search->SaveDataFromEditControl(&bare));
+
+    search->GetData(&e);
+    EXPECT_EQ(search->Item("Tags")->SavedKeys(), QStringList({"zeta", "alpha", "shared"}));
+    EXPECT_EQ(search->Item("Colors")->SavedKeys(), QStringList({"shared", "red"}));
+    search->GetData(&bare);
+    EXPECT_TRUE(search->Item("Tags")->SavedKeys().isEmpty());
+    EXPECT_EQ(search->Item("Colors")->SavedKeys(), QStringList({"blue"}));
+
+    // Another user drops one keyword table: the rest of the record loads, and what failed is said once.
+    SD_ASSERT_SQL(testDb(), "DROP TABLE " + q("FilesSearchKeywordTags"));
+    Diagnostics::instance().clearReports();
+    search->GetData(&e);
+    EXPECT_EQ(search->Item("Customer")->SavedValue(), Value("Acme"));
+    EXPECT_EQ(search->Item("Colors")->SavedKeys(), QStringList({"shared", "red"}));
+    EXPECT_EQ(Diagnostics::instance().reportCount(), 1);
+    ASSERT_TRUE(Diagnostics::instance().lastError().has_value());
+    EXPECT_TRUE(Diagnostics::instance().lastError()->text.contains("FilesSearchKeywordTags")) << qPrintable(Diagnostics::instance().lastError()->text);
+}
+
+TEST_P(EntryValuesTest, AColumnAddedAfterRecordsWereLoadedIsReadAndWrittenWithTheOthers)
+{
+    Entry e(4);
+    {
+        Form form(*search);
+        form.boxes["Customer"]->text = "Acme";
+        form.combos["Tags"]->items = {"one"};
+        ASSERT_TRUE(search->SaveDataFromEditControl(&e));
+        Form::show(*search, e);
+    }
+    search->Add("Extra", "", "", fcText, 20, false, false);
+    search->Add("Labels", "", "", fcKeyword, 20, false, false);
+    ASSERT_TRUE(search->ColumnsSave(nullptr));
+    Form form(*search);
+    Form::show(*search, e);
+    EXPECT_EQ(search->Item("Customer")->SavedValue(), Value("Acme"));
+    form.boxes["Extra"]->text = "added";
+    form.combos["Labels"]->items = {"new", "label"};
+    form.combos["Tags"]->items = {"one", "two"};
+    ASSERT_TRUE(search->SaveDataFromEditControl(&e));
+    EXPECT_EQ(stored("Extra", 4).toString(), "added");
+    search->GetData(&e);
+    EXPECT_EQ(search->Item("Extra")->SavedValue(), Value("added"));
+    EXPECT_EQ(search->Item("Labels")->SavedKeys(), QStringList({"new", "label"}));
+    EXPECT_EQ(search->Item("Tags")->SavedKeys(), QStringList({"one", "two"}));
+}
+
 TEST_P(EntryValuesTest, AHiddenPicklistValueIsOfferedOnlyToTheRecordThatHoldsIt)
 {
     auto cols = columns();

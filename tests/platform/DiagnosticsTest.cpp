@@ -30,6 +30,29 @@ protected:
     void SetUp() override { Diagnostics::instance().clearReports(); }
 };
 
+TEST_F(DiagnosticsTest, HeldReportsAreReportedInTheirOrderOrForgotten)
+{
+    Diagnostics& diagnostics = Diagnostics::instance();
+    for (const bool keep : {true, false}) {
+        SCOPED_TRACE(keep ? "kept" : "forgotten");
+        diagnostics.clearReports();
+        diagnostics.holdReports();
+        EXPECT_EQ(failingProcedure(true), 2);
+        diagnostics.report({7, QStringLiteral("second"), {}, {}, 0, {}});
+        EXPECT_EQ(diagnostics.reportCount(), 0);
+        EXPECT_FALSE(diagnostics.lastError().has_value());
+        diagnostics.releaseHeld(keep);
+        ASSERT_EQ(diagnostics.reportCount(), keep ? 2 : 0);
+        if (keep) {
+            EXPECT_EQ(diagnostics.reports().at(0).number, 42);
+            EXPECT_EQ(diagnostics.reports().at(1).text, QStringLiteral("second"));
+        }
+        // Reports go straight on again afterwards.
+        EXPECT_EQ(failingProcedure(true), 2);
+        EXPECT_EQ(diagnostics.reportCount(), keep ? 3 : 1);
+    }
+}
+
 TEST_F(DiagnosticsTest, GuardedProcedureReportsAndKeepsItsResultAsItStands)
 {
     EXPECT_EQ(failingProcedure(false), 3);

@@ -131,6 +131,23 @@ TEST(ValueText, NumbersReadInTheLocaleAndInTheCForm)
     EXPECT_FALSE(Value("1,5x").isNumeric());
 }
 
+TEST(ValueText, PlainDigitsReadAlikeInEveryLocale)
+{
+    // Digits alone, with a sign or not, at the length where a double is still exact and beyond it.
+    const struct {
+        const char* text;
+        double value;
+    } cases[] = {{"7", 7}, {"+7", 7}, {"-0012", -12}, {" 42 ", 42}, {"999999999999999", 999999999999999.0},
+                 {"1234567890123456", 1234567890123456.0}, {"-9007199254740993", -9007199254740992.0}};
+    for (const QLocale& locale : {QLocale::c(), QLocale(kGerman)}) {
+        LocaleScope scope(locale);
+        for (const auto& c : cases)
+            EXPECT_EQ(Value(c.text).toDouble().value(), c.value) << c.text << " in " << qPrintable(locale.name());
+        EXPECT_FALSE(Value("12-3").isNumeric()) << qPrintable(locale.name());
+        EXPECT_FALSE(Value("+-3").isNumeric()) << qPrintable(locale.name());
+    }
+}
+
 TEST(ValueText, NumbersWriteShortestInTheLocaleWithoutGrouping)
 {
     EXPECT_EQ(Value(0.1).text(), "0.1");
