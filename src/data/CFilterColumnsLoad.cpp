@@ -10,7 +10,9 @@
 #include "searchdata/PicklistEntries.h"
 #include "searchdata/Resources.h"
 
+#include <algorithm>
 #include <optional>
+#include <vector>
 
 namespace searchdata {
 
@@ -77,12 +79,21 @@ std::optional<QList<QStringList>> CFilterColumns::readKeywordLists(const ISearch
     Diagnostics::instance().releaseHeld(rs != nullptr);
     if (!rs)
         return std::nullopt;
+    // Put in order here: a handful of rows, where the database would set up a sort.
+    struct Row {
+        qint64 list, place;
+        QString keyword;
+    };
+    std::vector<Row> rows;
+    rows.reserve(rs->RecordCount());
+    for (; !rs->EndOfFile(); rs->MoveNext())
+        if (const QVariant keyword = rs->rawFieldAt(2); !keyword.isNull())
+            rows.push_back({rs->rawFieldAt(0).toLongLong(), rs->rawFieldAt(1).toLongLong(), Value::fromVariant(keyword).text()});
+    std::sort(rows.begin(), rows.end(), [](const Row& a, const Row& b) { return a.list != b.list ? a.list < b.list : a.place < b.place; });
     QList<QStringList> lists(keywords.size());
-    for (; !rs->EndOfFile(); rs->MoveNext()) {
-        const qsizetype list = rs->rawFieldAt(0).toLongLong();
-        if (const QVariant keyword = rs->rawFieldAt(2); list < lists.size() && !keyword.isNull())
-            lists[list] << Value::fromVariant(keyword).text();
-    }
+    for (Row& row : rows)
+        if (row.list >= 0 && row.list < lists.size())
+            lists[row.list] << std::move(row.keyword);
     return lists;
 }
 

@@ -86,8 +86,6 @@ const QString& RecordStatements::keywordLists(const QList<CFilterColumns::Column
                  + QStringLiteral(", ") + db.BracketName(keywords[k]->Name()) + QStringLiteral(" FROM ")
                  + db.BracketName(m_columns.SearchKeyword(keywords[k].get())) + keyTest;
     }
-    if (!m_lists.isEmpty())
-        m_lists += QStringLiteral(" ORDER BY 1, 2");
     m_listColumns = keywords;
     m_listNames = namesOf(keywords);
     return m_lists;

@@ -20,9 +20,9 @@ public:
     /// A SELECT of the key and the fields of `wanted` that the search table has (`fields`) of the
     /// entry whose key is bound.
     const QString& searchRow(const QList<CFilterColumns::ColumnPtr>& wanted, QStringList& fields);
-    /// One SELECT of the keyword lists of `keywords`: a row for each keyword, giving its list
-    /// (counted from 0), its place in that list, and the keyword. Blank where the places cannot
-    /// share a field (a row's physical address).
+    /// One SELECT of the keyword lists of `keywords`: a row for each keyword, in no order, giving
+    /// its list (counted from 0), its place in that list (a number), and the keyword. Blank where
+    /// the places are no numbers (a row's physical address).
     const QString& keywordLists(const QList<CFilterColumns::ColumnPtr>& keywords);
     /// The keywords of a keyword column of the entry whose key is bound, in their stored order.
     const QString& selectKeywords(const CFilterColumn& column);
