@@ -10,7 +10,6 @@
 #include <QFileInfo>
 #include <QSqlDatabase>
 #include <QSqlError>
-#include <QSqlQuery>
 #include <QStandardPaths>
 
 namespace searchdata::cli {
@@ -40,17 +39,19 @@ std::shared_ptr<DatabaseHandler> openConnection(const Location& location, const 
             error = QStringLiteral("the database driver for %1 is not installed").arg(location.isServer() ? "PostgreSQL" : "SQLite");
         else if (!db.open())
             error = databaseTextInWords(db.lastError().text());
-        else if (QSqlQuery probe(db); !location.isServer() && !probe.exec(QStringLiteral("SELECT COUNT(*) FROM sqlite_master")))
-            // SQLite opens any file, and meets a file that is none of its own at the first statement.
-            error = databaseTextInWords(probe.lastError().text());
     }
+    auto handler = error.isEmpty() ? std::make_shared<DatabaseHandler>(name) : nullptr;
+    if (handler && !handler->database().isValid())
+        error = handler->lastError();
+    // SQLite opens any file, and meets a file that is none of its own at the first statement; that
+    // statement waits for another user's lock as every other does.
+    else if (handler && !location.isServer() && !handler->OpenSqlRecordset(QStringLiteral("SELECT COUNT(*) FROM sqlite_master")))
+        error = databaseTextInWords(handler->lastError());
     if (!error.isEmpty()) {
+        handler.reset();
         QSqlDatabase::removeDatabase(name);
         fail(QStringLiteral("cannot open %1: %2").arg(location.shown(), error));
     }
-    auto handler = std::make_shared<DatabaseHandler>(name);
-    if (!handler->database().isValid())
-        fail(QStringLiteral("cannot open %1: %2").arg(location.shown(), handler->lastError()));
     return handler;
 }
 

@@ -4,8 +4,10 @@
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QSemaphore>
 #include <QSqlQuery>
 #include <QStandardPaths>
+#include <thread>
 #include <unistd.h>
 
 using namespace searchdata::test;
@@ -163,6 +165,31 @@ TEST_F(CliErrors, AWaitForAnotherUserIsToldEvenWhenQuiet)
     QSqlDatabase::removeDatabase("other-user");
     EXPECT_EQ(snapshot(), before);
     SD_EXPECT_FAILS(run({"--lock-wait", "soon", "values", "show", "--record", "1"}), 2, "--lock-wait takes a whole number");
+}
+
+// Opening the file is a statement too: it waits while another user writes the file, then goes on.
+TEST_F(CliErrors, OpeningTheFileWaitsForAnotherUserWritingIt)
+{
+    QSemaphore locked;
+    std::thread other([&] {
+        {
+            QSqlDatabase db = QSqlDatabase::addDatabase("QSQLITE", "writing-user");
+            db.setDatabaseName(database);
+            db.open();
+            QSqlQuery lock(db);
+            lock.exec("BEGIN EXCLUSIVE");
+            locked.release();
+            std::this_thread::sleep_for(std::chrono::milliseconds(1500));
+            lock.exec("ROLLBACK");
+        }
+        QSqlDatabase::removeDatabase("writing-user");
+    });
+    locked.acquire();
+    const CliRun shown = run({"--lock-wait", "30", "values", "show", "--record", "1"});
+    other.join();
+    EXPECT_EQ(shown.exitCode, 0) << shown;
+    EXPECT_TRUE(shown.err.contains("(waiting for another user)")) << shown;
+    EXPECT_TRUE(shown.out.contains("PartNo")) << shown;
 }
 
 TEST_F(CliErrors, AFileWithoutWritePermissionRefusesChanges)
