@@ -189,7 +189,7 @@ TEST_F(CliErrors, OpeningTheFileWaitsForAnotherUserWritingIt)
     other.join();
     EXPECT_EQ(shown.exitCode, 0) << shown;
     EXPECT_TRUE(shown.err.contains("(waiting for another user)")) << shown;
-    EXPECT_TRUE(shown.out.contains("PartNo")) << shown;
+    EXPECT_TRUE(shown.out.contains("P-4701-B")) << shown;
 }
 
 TEST_F(CliErrors, AFileWithoutWritePermissionRefusesChanges)
