@@ -21,6 +21,8 @@ public:
     void commit();
     /// True while foreign keys are not enforced on this connection.
     bool foreignKeysOff() const { return m_foreignKeysOff; }
+    /// True when this change turned enforcement off, and turns it on again at its end.
+    bool suspendsForeignKeys() const { return m_restoreForeignKeys; }
 
 private:
     DatabaseHandler& m_db;

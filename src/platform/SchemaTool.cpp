@@ -308,12 +308,31 @@ bool SchemaTool::CreateTable(IProgress* progress, Catalog& catalog, const TableS
         QList<StructureKey> keys;
         for (const StructureKey& key : structure.StructureKeys())
             keys.append(spelledKey(catalog, nullptr, key));
-        SchemaChange change(db, false);
-        execSchemaSql(db, sql.createTable(structure, &keys));
+        // A table filled at once has its foreign keys checked after its rows, in one pass, where
+        // every row would run its own check: SQLite's enforcement is off for the change, and on
+        // PostgreSQL the table takes its keys after its rows (a sort for each unique key too).
+        const bool foreignKeys = std::any_of(keys.cbegin(), keys.cend(), [](const StructureKey& k) { return k.kind == kkForeign; });
+        SchemaChange change(db, structure.fill() && foreignKeys);
+        const bool keysAfterFill = structure.fill() && db.DatabaseKind() == dbkPostgreSQL;
+        const QList<StructureKey> noKeys;
+        execSchemaSql(db, sql.createTable(structure, keysAfterFill ? &noKeys : &keys));
         if (structure.fill()) {
             checkCancelled(progress);
             execSchemaSql(db, sql.fill(structure));
         }
+        if (change.suspendsForeignKeys()
+            && detail::schemaScalar(db, QStringLiteral("SELECT COUNT(*) FROM pragma_foreign_key_check(") + db.SqlQuote(structure.name())
+                                    + QStringLiteral(")"))
+                       .toLongLong()
+                   > 0)
+            fail(QStringLiteral("the fill of %1 gives keys that its related tables do not hold").arg(structure.name()));
+        if (keysAfterFill)
+            // Primary and unique keys first: a foreign key of the table may refer to its own key.
+            for (const bool foreign : {false, true})
+                for (const StructureKey& key : keys)
+                    if ((key.kind == kkForeign) == foreign)
+                        execSchemaSql(db, QStringLiteral("ALTER TABLE ") + db.BracketName(structure.name()) + QStringLiteral(" ADD ")
+                                              + sql.constraint(key));
         // Indexes after the rows: one sort beats keeping them in order row by row.
         for (const StructureIndex& index : structure.StructureIndexes())
             execSchemaSql(db, sql.createIndex(structure.name(), index));

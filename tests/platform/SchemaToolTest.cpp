@@ -303,6 +303,31 @@ TEST_P(SchemaToolTest, FailedChangesLeaveTablesAsTheyWereAndReport)
     EXPECT_EQ(tool.CreateTable(nullptr, *catalog, longName), !pg());
 }
 
+TEST_P(SchemaToolTest, AFillThatBreaksAKeyOfTheTableIsRefusedWhole)
+{
+    // A filled table has its keys checked after its rows; what they refuse must still be refused.
+    makeFiles(10);
+    const QString id = q("FileId"), files = q("Files");
+    const struct {
+        const char* what;
+        QString selection;
+    } fills[] = {{"a key the base table lacks", "SELECT " + id + " + 5 FROM " + files},
+                 {"a key twice", "SELECT " + id + " FROM " + files + " UNION ALL SELECT 1"}};
+    for (const auto& fill : fills) {
+        SCOPED_TRACE(fill.what);
+        Diagnostics::instance().clearReports();
+        EXPECT_FALSE(tool.CreateTable(nullptr, *catalog, *searchStructure(fill.selection)));
+        EXPECT_FALSE(existsInDatabase("FilesSearchData"));
+        EXPECT_GT(Diagnostics::instance().reportCount(), 0);
+    }
+    ASSERT_TRUE(tool.CreateTable(nullptr, *catalog, *searchStructure()));
+    EXPECT_TRUE(tool.TableMatches(smcEverything, *catalog, *searchStructure()));
+    // The keys hold for what comes later, on this connection too.
+    EXPECT_FALSE(db().ExecuteSql("INSERT INTO " + q("FilesSearchData") + " (" + id + ") VALUES (99)"));
+    EXPECT_FALSE(db().ExecuteSql("INSERT INTO " + q("FilesSearchData") + " (" + id + ") VALUES (1)"));
+    EXPECT_EQ(count("FilesSearchData"), 10);
+}
+
 TEST_P(SchemaToolTest, ForeignKeyHoldsOnlyWhenTheDataAllowIt)
 {
     makeFiles(20);
