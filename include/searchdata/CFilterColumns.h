@@ -19,7 +19,6 @@ namespace detail {
 class RecordStatements;
 }
 
-
 class CCheckPopulationArgs;
 class CCheckPopulationResult;
 class CImportField;

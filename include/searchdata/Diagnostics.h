@@ -35,11 +35,16 @@ public:
     qint64 reportCount() const { return m_reportCount; }
     void clearReports();
     static constexpr int maxKeptReports = 200;
-    /// Keeps the reports made from now on aside, unreported, until `releaseHeld`: for work that may
-    /// be undone and done again, whose first failures are not the caller's.
-    void holdReports() { m_holding = true; }
-    /// Reports what was held when `keep`, else forgets it, and reports as usual from then on.
-    void releaseHeld(bool keep);
+    /// Keeps the reports made from now on aside, unreported, until `releaseHeld` with the mark given
+    /// here: for work that may be undone and done again, whose first failures are not the caller's.
+    /// Holds nest.
+    qsizetype holdReports()
+    {
+        ++m_holds;
+        return m_held.size();
+    }
+    /// Keeps what was held since `mark`, or forgets it; the outermost release reports what is kept.
+    void releaseHeld(qsizetype mark, bool keep);
 
     /// Call trace: entries and exits of procedures, kept in a fixed ring of static names.
     void enter(const char* procedure, const char* module) noexcept;
@@ -71,7 +76,7 @@ private:
     };
     QList<ErrorReport> m_reports;
     qint64 m_reportCount = 0;
-    bool m_holding = false;
+    int m_holds = 0;
     QList<ErrorReport> m_held;
     TraceEntry m_trace[traceCapacity] = {};
     int m_traceNext = 0;

@@ -74,9 +74,9 @@ std::optional<QList<QStringList>> CFilterColumns::readKeywordLists(const ISearch
     if (sql.isEmpty())
         return std::nullopt;
     // A failure here is said again, in its own words, by the list read on its own.
-    Diagnostics::instance().holdReports();
+    const qsizetype held = Diagnostics::instance().holdReports();
     std::unique_ptr<Recordset> rs = m_handler->OpenSqlRecordset(sql, QVariantList(keywords.size(), keyValue(entry)));
-    Diagnostics::instance().releaseHeld(rs != nullptr);
+    Diagnostics::instance().releaseHeld(held, rs != nullptr);
     if (!rs)
         return std::nullopt;
     // Put in order here: a handful of rows, where the database would set up a sort.

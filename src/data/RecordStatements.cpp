@@ -4,25 +4,21 @@
 
 namespace searchdata::detail {
 
+RecordStatements::RecordStatements(const CFilterColumns& columns)
+    : m_columns(columns), m_handler(columns.Handler().get()), m_catalog(columns.Catalog().get()),
+      m_generation(m_catalog ? m_catalog->generation() : 0), m_baseTable(columns.BaseTableName()), m_keyColumn(columns.KeyColumnName())
+{
+}
+
 RecordStatements& RecordStatements::of(const CFilterColumns& columns)
 {
-    if (!columns.m_statements)
-        columns.m_statements.reset(new RecordStatements(columns));
-    RecordStatements& texts = *columns.m_statements;
+    const RecordStatements* made = columns.m_statements.get();
     const Catalog* catalog = columns.Catalog().get();
-    const quint64 generation = catalog ? catalog->generation() : 0;
-    if (texts.m_handler != columns.Handler().get() || texts.m_catalog != catalog || texts.m_generation != generation
-        || texts.m_baseTable != columns.BaseTableName() || texts.m_keyColumn != columns.KeyColumnName()) {
+    if (!made || made->m_handler != columns.Handler().get() || made->m_catalog != catalog
+        || made->m_generation != (catalog ? catalog->generation() : 0) || made->m_baseTable != columns.BaseTableName()
+        || made->m_keyColumn != columns.KeyColumnName())
         columns.m_statements.reset(new RecordStatements(columns));
-        RecordStatements& fresh = *columns.m_statements;
-        fresh.m_handler = columns.Handler().get();
-        fresh.m_catalog = catalog;
-        fresh.m_generation = generation;
-        fresh.m_baseTable = columns.BaseTableName();
-        fresh.m_keyColumn = columns.KeyColumnName();
-        return fresh;
-    }
-    return texts;
+    return *columns.m_statements;
 }
 
 QStringList RecordStatements::namesOf(const QList<CFilterColumns::ColumnPtr>& columns)

@@ -31,7 +31,7 @@ public:
     const QString& insertKeyword(const CFilterColumn& column);
 
 private:
-    explicit RecordStatements(const CFilterColumns& columns) : m_columns(columns) {}
+    explicit RecordStatements(const CFilterColumns& columns);
     struct Keyword {
         QString name; // the column's name when these were made
         QString select, remove, insert;
@@ -44,9 +44,9 @@ private:
 
     const CFilterColumns& m_columns;
     // What the texts were made for.
-    const void* m_handler = nullptr;
-    const void* m_catalog = nullptr;
-    quint64 m_generation = 0;
+    const DatabaseHandler* m_handler;
+    const Catalog* m_catalog;
+    quint64 m_generation;
     QString m_baseTable, m_keyColumn;
 
     QList<CFilterColumns::ColumnPtr> m_rowColumns;

@@ -399,7 +399,7 @@ bool DatabaseHandler::RunTransaction(const std::function<bool()>& work, const ID
     if (DatabaseKind() != dbkPostgreSQL || m_level > 0)
         return run();
     Diagnostics& diagnostics = Diagnostics::instance();
-    diagnostics.holdReports();
+    const qsizetype held = diagnostics.holdReports();
     m_unguarded = true;
     m_unguardedFailed = false;
     bool done = false;
@@ -408,12 +408,12 @@ bool DatabaseHandler::RunTransaction(const std::function<bool()>& work, const ID
     } catch (...) {
         m_unguarded = false;
         if (!m_unguardedFailed) {
-            diagnostics.releaseHeld(true);
+            diagnostics.releaseHeld(held, true);
             throw;
         }
     }
     m_unguarded = false;
-    diagnostics.releaseHeld(!m_unguardedFailed);
+    diagnostics.releaseHeld(held, !m_unguardedFailed);
     return m_unguardedFailed ? run() : done;
 }
 

@@ -5,6 +5,7 @@
 
 #include <QFile>
 #include <QTextStream>
+#include <algorithm>
 #include <utility>
 
 // Only warnings by default; QT_LOGGING_RULES="searchdata.*=true" shows the statements and steps too.
@@ -25,7 +26,7 @@ void Diagnostics::report(const ErrorReport& report)
     ErrorReport r = report;
     if (!r.when.isValid())
         r.when = QDateTime::currentDateTime();
-    if (m_holding) {
+    if (m_holds > 0) {
         m_held.append(r);
         return;
     }
@@ -37,13 +38,14 @@ void Diagnostics::report(const ErrorReport& report)
     ++m_reportCount;
 }
 
-void Diagnostics::releaseHeld(bool keep)
+void Diagnostics::releaseHeld(qsizetype mark, bool keep)
 {
-    m_holding = false;
-    const QList<ErrorReport> held = std::exchange(m_held, {});
-    if (keep)
-        for (const ErrorReport& r : held)
-            report(r);
+    if (!keep)
+        m_held.resize(std::min(mark, m_held.size()));
+    if (m_holds == 0 || --m_holds > 0)
+        return;
+    for (const ErrorReport& r : std::exchange(m_held, {}))
+        report(r);
 }
 
 std::optional<ErrorReport> Diagnostics::lastError() const

@@ -33,15 +33,16 @@ protected:
 TEST_F(DiagnosticsTest, HeldReportsAreReportedInTheirOrderOrForgotten)
 {
     Diagnostics& diagnostics = Diagnostics::instance();
+    const auto second = [&diagnostics] { diagnostics.report({7, QStringLiteral("second"), {}, {}, 0, {}}); };
     for (const bool keep : {true, false}) {
         SCOPED_TRACE(keep ? "kept" : "forgotten");
         diagnostics.clearReports();
-        diagnostics.holdReports();
+        const qsizetype mark = diagnostics.holdReports();
         EXPECT_EQ(failingProcedure(true), 2);
-        diagnostics.report({7, QStringLiteral("second"), {}, {}, 0, {}});
+        second();
         EXPECT_EQ(diagnostics.reportCount(), 0);
         EXPECT_FALSE(diagnostics.lastError().has_value());
-        diagnostics.releaseHeld(keep);
+        diagnostics.releaseHeld(mark, keep);
         ASSERT_EQ(diagnostics.reportCount(), keep ? 2 : 0);
         if (keep) {
             EXPECT_EQ(diagnostics.reports().at(0).number, 42);
@@ -51,6 +52,18 @@ TEST_F(DiagnosticsTest, HeldReportsAreReportedInTheirOrderOrForgotten)
         EXPECT_EQ(failingProcedure(true), 2);
         EXPECT_EQ(diagnostics.reportCount(), keep ? 3 : 1);
     }
+
+    // An inner hold forgets only its own; the outer one decides for the rest.
+    diagnostics.clearReports();
+    const qsizetype outer = diagnostics.holdReports();
+    EXPECT_EQ(failingProcedure(true), 2);
+    const qsizetype inner = diagnostics.holdReports();
+    second();
+    diagnostics.releaseHeld(inner, false);
+    EXPECT_EQ(diagnostics.reportCount(), 0);
+    diagnostics.releaseHeld(outer, true);
+    ASSERT_EQ(diagnostics.reportCount(), 1);
+    EXPECT_EQ(diagnostics.lastError()->number, 42);
 }
 
 TEST_F(DiagnosticsTest, GuardedProcedureReportsAndKeepsItsResultAsItStands)
