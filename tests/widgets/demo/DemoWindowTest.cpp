@@ -1,19 +1,25 @@
 // The demo host as a user drives it: started on a fresh database, filtering through the dialog,
-// editing through the entry control, defining a column, and the administrator's operations.
+// editing through the entry control (also while another user holds the row), defining a column,
+// the administrator's operations, importing a file and the about box.
 
 #include "DemoStart.h"
 #include "DemoWindow.h"
 #include "config/ConfigTestSupport.h"
 #include "filter/frmFilter.h"
+#include "searchdata/CFilterColumns.h"
 #include "searchdata/CFilterTerms.h"
 #include "searchdata/CSearchFilter.h"
 #include "searchdata/DemoDatabase.h"
+#include "searchdata/Diagnostics.h"
+#include "searchdata/Resources.h"
 #include "searchdata/widgets/UKVOSearch.h"
 #include "support/TestDatabase.h"
 #include "support/WidgetTestSupport.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QFile>
+#include <QFileDialog>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPlainTextEdit>
@@ -24,6 +30,7 @@
 #include <QStandardPaths>
 #include <QTableView>
 #include <QTest>
+#include <QTimer>
 
 using namespace searchdata;
 using namespace searchdata::demo;
@@ -314,6 +321,135 @@ TEST_P(DemoWindowTest, AnImportWithLinesThatFailShowsTheErrorLogAndKeepsTheOther
     EXPECT_TRUE(log.contains("Colour")) << qPrintable(log);
     EXPECT_EQ(searchValue("PartNo", 1).toString(), QStringLiteral("P-4711-Y"));
     EXPECT_EQ(field(kPartNo)->text(), QStringLiteral("P-4711-Y"));
+}
+
+struct ImportCase {
+    const char* what;
+    bool choose; ///< false: the user cancels the file dialog
+};
+
+TEST_P(DemoWindowTest, ImportAsksForTheFileAndImportsTheOneChosen)
+{
+    const QString path = testDb().tempDir().filePath("bracket.nc");
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("O5150 (BRACKET)\n(Begin Search Data)\n(PartNo: P-5150-Z)\n(End Search Data)\nM30\n");
+    file.close();
+    const QString before = searchValue("PartNo", 1).toString();
+    ASSERT_NE(before, QStringLiteral("P-5150-Z"));
+
+    for (const ImportCase c : {ImportCase{"cancelled", false}, ImportCase{"chosen", true}}) {
+        SCOPED_TRACE(c.what);
+        QString title;
+        whenModalAppears(
+            [&](QWidget* modal) {
+                title = modal->windowTitle();
+                ASSERT_TRUE(QTest::qWaitForWindowActive(modal));
+                if (!c.choose) {
+                    QTest::keyClick(modal, Qt::Key_Escape);
+                    return;
+                }
+                auto* name = named<QLineEdit>(modal, QStringLiteral("fileNameEdit"));
+                ASSERT_NE(name, nullptr);
+                typeInto(name, path);
+                QTest::keyClick(name, Qt::Key_Return);
+            },
+            [](const QWidget* modal) { return qobject_cast<const QFileDialog*>(modal) != nullptr; });
+        action(QStringLiteral("actImport"))->trigger();
+
+        EXPECT_EQ(title, GetResourceText(9493));
+        const QString expected = c.choose ? QStringLiteral("P-5150-Z") : before;
+        EXPECT_EQ(searchValue("PartNo", 1).toString(), expected);
+        EXPECT_EQ(field(kPartNo)->text(), expected);
+    }
+}
+
+TEST_P(DemoWindowTest, AboutShowsTheLibrarysAboutBoxOverTheDemo)
+{
+    QString title, heading, version;
+    const QWidget* over = nullptr;
+    whenModalAppears([&](QWidget* about) {
+        title = about->windowTitle();
+        heading = named<QLabel>(about, QStringLiteral("lblTitle"))->text();
+        version = named<QLabel>(about, QStringLiteral("lblVersion"))->text();
+        over = about->parentWidget() ? about->parentWidget()->window() : nullptr;
+        QTest::keyClick(about, Qt::Key_Return);
+    }, QStringLiteral("frmAbout"));
+    action(QStringLiteral("actAbout"))->trigger();
+
+    const QString library = Diagnostics::instance().caption();
+    EXPECT_EQ(over, window.get());
+    EXPECT_EQ(title, GetResourceText(7968, {library}));
+    EXPECT_EQ(heading, library);
+    EXPECT_TRUE(version.endsWith(QStringLiteral(" " SEARCHDATA_PROJECT_VERSION))) << qPrintable(version);
+    EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+}
+
+TEST_P(DemoWindowTest, ASaveThatMeetsAnotherUsersLockWaitsInTheLockedWindowAndCompletesWhenTheLockGoes)
+{
+    edit(kPartNo, "P-7000-L");
+    const std::shared_ptr<DatabaseHandler> other = testDb().openAnotherConnection();
+    ASSERT_NE(other, nullptr);
+    TransactionState hold;
+    ASSERT_TRUE(other->BeginTableTransaction(hold));
+    // The other user's change of the same search row: the save has to wait for its row on any database.
+    ASSERT_TRUE(other->ExecuteSql("UPDATE " + q("FilesSearchData") + " SET " + q("PartNo") + " = 'other' WHERE " + q("Id") + " = 1"));
+
+    bool released = false;
+    const auto release = [&] {
+        if (!released)
+            other->EndTableTransaction(hold);
+        released = true;
+    };
+    const QWidget* over = nullptr;
+    bool shown = false;
+    whenModalAppears([&](QWidget* locked) {
+        shown = true;
+        over = locked->parentWidget();
+        release();
+    }, QStringLiteral("frmLockedMessage"));
+    // Without the window nobody would let go, and the save would wait for ever.
+    QTimer giveUp;
+    giveUp.setSingleShot(true);
+    QObject::connect(&giveUp, &QTimer::timeout, release);
+    giveUp.start(8000);
+    click(control, QStringLiteral("cmdApply"));
+    release();
+
+    EXPECT_TRUE(shown) << "the save never showed that it waits";
+    EXPECT_EQ(over, window.get());
+    EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+    EXPECT_FALSE(control->IsEditing());
+    EXPECT_EQ(searchValue("PartNo", 1).toString(), QStringLiteral("P-7000-L"));
+}
+
+TEST_P(DemoWindowTest, EditPicklistsIsOpenOnlyWhileTheTableHasAPicklistColumn)
+{
+    QAction* editPicklists = action(QStringLiteral("actEditPicklists"));
+    ASSERT_TRUE(editPicklists->isEnabled()) << "Customer is a picklist";
+    const std::shared_ptr<CFilterColumns> columns = control->MyFilter()->FilterColumns();
+    columns->RemoveColumn(QStringLiteral("Customer"));
+    ASSERT_TRUE(columns->ColumnsSave(nullptr));
+    action(QStringLiteral("actTablePackets"))->trigger();
+    action(QStringLiteral("actTableFiles"))->trigger();
+    EXPECT_FALSE(editPicklists->isEnabled());
+
+    whenModalAppears([](QWidget* dialog) {
+        newColumnThroughTheDialogs(dialog, {.name = "Grade", .type = fcText, .size = 8, .caption = "Grade", .picklist = true, .defaultText = "A"});
+        click(dialog, "cmdApply");
+        click(dialog, "cmdCancel");
+    }, QStringLiteral("frmConfigure"));
+    action(QStringLiteral("actConfigure"))->trigger();
+    EXPECT_TRUE(editPicklists->isEnabled());
+
+    // The one picklist goes straight to its editor.
+    QString title;
+    whenModalAppears([&](QWidget* dialog) {
+        title = dialog->windowTitle();
+        QTest::keyClick(dialog, Qt::Key_Escape);
+    }, QStringLiteral("frmPicklistEdit"));
+    editPicklists->trigger();
+    EXPECT_EQ(title, GetResourceText(8352, {QStringLiteral("Files"), QStringLiteral("Grade")}));
 }
 
 SD_INSTANTIATE_DATABASE_SUITE(DemoWindowTest);
