@@ -103,6 +103,15 @@ protected:
     {
         return testDb().scalar("SELECT " + q(column) + " FROM " + q("FilesSearchData") + " WHERE " + q("Id") + " = " + QString::number(id));
     }
+    /// A machine program `name` with `text` in the test's folder; its path, blank when it cannot be written.
+    QString programFile(const QString& name, const QByteArray& text)
+    {
+        const QString path = testDb().tempDir().filePath(name);
+        QFile file(path);
+        if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size())
+            return {};
+        return path;
+    }
     QLineEdit* field(int index) const { return named<QLineEdit>(control, QStringLiteral("txtTextField_%1").arg(index)); }
     /// Moves the current row of the table with the arrow keys, as the user does.
     void moveRow(Qt::Key key)
@@ -305,11 +314,8 @@ TEST_P(DemoWindowTest, CheckAndPopulateAskTheUserBeforeTheyRepair)
 
 TEST_P(DemoWindowTest, AnImportWithLinesThatFailShowsTheErrorLogAndKeepsTheOthers)
 {
-    const QString path = testDb().tempDir().filePath("flange.nc");
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write("O4711 (FLANGE)\n(Begin Search Data)\n(PartNo: P-4711-Y)\n(Colour: red)\n(End Search Data)\nM30\n");
-    file.close();
+    const QString path = programFile("flange.nc", "O4711 (FLANGE)\n(Begin Search Data)\n(PartNo: P-4711-Y)\n(Colour: red)\n(End Search Data)\nM30\n");
+    ASSERT_FALSE(path.isEmpty());
 
     QString log;
     whenModalAppears([&](QWidget* dialog) {
@@ -330,11 +336,8 @@ struct ImportCase {
 
 TEST_P(DemoWindowTest, ImportAsksForTheFileAndImportsTheOneChosen)
 {
-    const QString path = testDb().tempDir().filePath("bracket.nc");
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write("O5150 (BRACKET)\n(Begin Search Data)\n(PartNo: P-5150-Z)\n(End Search Data)\nM30\n");
-    file.close();
+    const QString path = programFile("bracket.nc", "O5150 (BRACKET)\n(Begin Search Data)\n(PartNo: P-5150-Z)\n(End Search Data)\nM30\n");
+    ASSERT_FALSE(path.isEmpty());
     const QString before = searchValue("PartNo", 1).toString();
     ASSERT_NE(before, QStringLiteral("P-5150-Z"));
 
