@@ -12,6 +12,7 @@
 #include "searchdata/DatabaseHandler.h"
 #include "searchdata/ISearchBaseEntry.h"
 #include "searchdata/ISearchBaseTable.h"
+#include "searchdata/NamedBaseTable.h"
 #include "searchdata/widgets/UKVOSearch.h"
 #include "searchdata/widgets/UKVOSearchContainer.h"
 
@@ -41,11 +42,6 @@ namespace {
 constexpr int kColumns = 100;
 constexpr int kRecord = 1;
 constexpr int kKeys = 50;
-
-class Table : public ISearchBaseTable {
-public:
-    QString TableName() const override { return QStringLiteral("Files"); }
-};
 
 struct Entry : ISearchBaseEntry {
     qint32 Id() const override { return kRecord; }
@@ -169,7 +165,7 @@ int main(int argc, char** argv)
     auto structure = TableStructure::NewStructure(QStringLiteral("Files"));
     (void)structure->AddColumn(QStringLiteral("FileId"), adInteger, 0, 0, false);
     (void)structure->AddPrimaryKey(QStringLiteral("PK_Files"), {QStringLiteral("FileId")});
-    auto table = std::make_shared<Table>();
+    auto table = std::make_shared<NamedBaseTable>(QStringLiteral("Files"));
     {
         auto columns = CCommon().CreateSearchFilterObject(db, table, catalog, nullptr, 0, structure)->FilterColumns();
         check(columns != nullptr, "open");

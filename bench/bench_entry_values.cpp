@@ -16,6 +16,7 @@
 #include "searchdata/ControlInterfaces.h"
 #include "searchdata/ISearchBaseEntry.h"
 #include "searchdata/ISearchBaseTable.h"
+#include "searchdata/NamedBaseTable.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -30,11 +31,6 @@ using namespace searchdata;
 using namespace searchdata::bench;
 
 namespace {
-
-class Table : public ISearchBaseTable {
-public:
-    QString TableName() const override { return QStringLiteral("Files"); }
-};
 
 struct Entry : ISearchBaseEntry {
     qint32 id = 0;
@@ -231,7 +227,7 @@ int main(int argc, char** argv)
     auto structure = TableStructure::NewStructure(QStringLiteral("Files"));
     (void)structure->AddColumn(QStringLiteral("FileId"), adInteger, 0, 0, false);
     (void)structure->AddPrimaryKey(QStringLiteral("PK_Files"), {QStringLiteral("FileId")});
-    auto columns = CCommon().CreateSearchFilterObject(db, std::make_shared<Table>(), catalog, nullptr, 0, structure)->FilterColumns();
+    auto columns = CCommon().CreateSearchFilterObject(db, std::make_shared<NamedBaseTable>(QStringLiteral("Files")), catalog, nullptr, 0, structure)->FilterColumns();
     check(columns != nullptr, "open");
     for (int b = 0; b < kStandard; ++b)
         columns->Add(standardName(b), {}, {}, isNumber(b) ? fcInteger32 : fcText, 40, false, false);

@@ -16,6 +16,7 @@
 #include "searchdata/Catalog.h"
 #include "searchdata/DatabaseHandler.h"
 #include "searchdata/ISearchBaseTable.h"
+#include "searchdata/NamedBaseTable.h"
 #include "searchdata/SchemaTool.h"
 #include "searchdata/TableStructure.h"
 
@@ -33,11 +34,6 @@ using namespace searchdata::bench;
 namespace {
 
 QTextStream out(stdout);
-
-class PartsTable : public ISearchBaseTable {
-public:
-    QString TableName() const override { return QStringLiteral("Parts"); }
-};
 
 bool exec(DatabaseHandler& db, const QString& sql)
 {
@@ -116,7 +112,7 @@ int main(int argc, char** argv)
         return 1;
     auto catalog = std::make_shared<Catalog>(handler);
     CSearchFilter search;
-    search.OpenSearch(handler, std::make_shared<PartsTable>(), catalog, nullptr, 0, structure);
+    search.OpenSearch(handler, std::make_shared<NamedBaseTable>(QStringLiteral("Parts")), catalog, nullptr, 0, structure);
     const auto columns = search.FilterColumns();
     if (!columns) {
         out << "the search did not open" << Qt::endl;

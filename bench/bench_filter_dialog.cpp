@@ -14,6 +14,7 @@
 #include "searchdata/Catalog.h"
 #include "searchdata/DatabaseHandler.h"
 #include "searchdata/ISearchBaseTable.h"
+#include "searchdata/NamedBaseTable.h"
 #include "searchdata/Profile.h"
 #include "searchdata/Resources.h"
 #include "searchdata/widgets/WidgetUiServices.h"
@@ -37,11 +38,6 @@ QTextStream out(stdout);
 
 constexpr int kColumns = 100;
 constexpr int kBaseFields = 20;
-
-class PartsTable : public ISearchBaseTable {
-public:
-    QString TableName() const override { return QStringLiteral("Parts"); }
-};
 
 /// Processor time of this thread, in milliseconds: the machine may be busy with other work, which
 /// wall time would count too.
@@ -113,7 +109,7 @@ int main(int argc, char** argv)
     // A hundred search columns of every kind.
     auto profile = std::make_shared<IniProfile>(dir.filePath(QStringLiteral("profile.ini")), 1);
     CSearchFilter search;
-    search.OpenSearch(opened.value(), std::make_shared<PartsTable>(), std::make_shared<Catalog>(opened.value()), profile, 0, structure);
+    search.OpenSearch(opened.value(), std::make_shared<NamedBaseTable>(QStringLiteral("Parts")), std::make_shared<Catalog>(opened.value()), profile, 0, structure);
     const auto columns = search.FilterColumns();
     if (!columns) {
         out << "the search did not open" << Qt::endl;

@@ -17,6 +17,7 @@
 #include "searchdata/Catalog.h"
 #include "searchdata/DatabaseHandler.h"
 #include "searchdata/ISearchBaseTable.h"
+#include "searchdata/NamedBaseTable.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -33,11 +34,6 @@ using namespace searchdata;
 using namespace searchdata::bench;
 
 namespace {
-
-class Table : public ISearchBaseTable {
-public:
-    QString TableName() const override { return QStringLiteral("Files"); }
-};
 
 void check(bool ok, const char* what)
 {
@@ -218,7 +214,7 @@ int main(int argc, char** argv)
     auto structure = TableStructure::NewStructure(QStringLiteral("Files"));
     (void)structure->AddColumn(QStringLiteral("FileId"), adInteger, 0, 0, false);
     (void)structure->AddPrimaryKey(QStringLiteral("PK_Files"), {QStringLiteral("FileId")});
-    auto open = [&] { return CCommon().CreateSearchFilterObject(db, std::make_shared<Table>(), catalog, nullptr, 0, structure); };
+    auto open = [&] { return CCommon().CreateSearchFilterObject(db, std::make_shared<NamedBaseTable>(QStringLiteral("Files")), catalog, nullptr, 0, structure); };
     {
         auto columns = open()->FilterColumns();
         check(columns != nullptr, "open");

@@ -17,6 +17,7 @@
 #include "searchdata/Catalog.h"
 #include "searchdata/DatabaseHandler.h"
 #include "searchdata/ISearchBaseTable.h"
+#include "searchdata/NamedBaseTable.h"
 #include "searchdata/Profile.h"
 #include "searchdata/Progress.h"
 #include "searchdata/SchemaTool.h"
@@ -35,11 +36,6 @@ using namespace searchdata;
 using namespace searchdata::bench;
 
 namespace {
-
-class Files : public ISearchBaseTable {
-public:
-    QString TableName() const override { return QStringLiteral("Files"); }
-};
 
 /// Shows what a check reports, as a progress window would.
 class PrintedProgress : public IProgress {
@@ -131,7 +127,7 @@ int main(int argc, char** argv)
         return 1;
     }
     auto profile = std::make_shared<IniProfile>(dir.filePath(QStringLiteral("profile.ini")));
-    auto base = std::make_shared<Files>();
+    auto base = std::make_shared<NamedBaseTable>(QStringLiteral("Files"));
     auto open = [&] { return CreateSearchFilterObject(db, base, catalog, profile, 0, structure)->FilterColumns(); };
     {
         auto cols = open();

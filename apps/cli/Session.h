@@ -8,6 +8,7 @@
 #include "searchdata/DatabaseHandler.h"
 #include "searchdata/ISearchBaseEntry.h"
 #include "searchdata/ISearchBaseTable.h"
+#include "searchdata/NamedBaseTable.h"
 #include "searchdata/Profile.h"
 
 #include <memory>
@@ -24,16 +25,6 @@ public:
 
 private:
     qint32 m_id;
-};
-
-/// A base table named by the user.
-class NamedBaseTable : public ISearchBaseTable {
-public:
-    explicit NamedBaseTable(QString name) : m_name(std::move(name)) {}
-    QString TableName() const override { return m_name; }
-
-private:
-    QString m_name;
 };
 
 class Session {

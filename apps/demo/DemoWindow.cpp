@@ -9,6 +9,7 @@
 #include "searchdata/DatabaseHandler.h"
 #include "searchdata/Diagnostics.h"
 #include "searchdata/ISearchBaseTable.h"
+#include "searchdata/NamedBaseTable.h"
 #include "searchdata/Profile.h"
 #include "searchdata/Recordset.h"
 #include "searchdata/Resources.h"
@@ -41,16 +42,6 @@
 namespace searchdata::demo {
 
 namespace {
-
-/// A base table of the demo database as the host describes it to the library.
-class DemoBaseTable : public ISearchBaseTable {
-public:
-    explicit DemoBaseTable(QString name) : m_name(std::move(name)) {}
-    QString TableName() const override { return m_name; }
-
-private:
-    QString m_name;
-};
 
 /// The answer to the library's schema questions that ends the check before anything changes.
 constexpr int kEndCheck = 1;
@@ -267,7 +258,7 @@ void DemoWindow::openSearch()
     // The key means nothing to a user: the filter does not offer it.
     if (structure)
         (void)structure->MarkFilterField(m_key, false);
-    if (!structure || !m_control->OpenSearch(std::make_shared<UKVOSearchContainer>(m_control), m_db, std::make_shared<DemoBaseTable>(m_table),
+    if (!structure || !m_control->OpenSearch(std::make_shared<UKVOSearchContainer>(m_control), m_db, std::make_shared<NamedBaseTable>(m_table),
                                              m_catalog, m_profile, 0, structure))
         tellFailure(GetResourceText(9471, {m_table}));
     display(m_entry.id);

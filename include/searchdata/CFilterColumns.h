@@ -365,7 +365,6 @@ private:
     std::shared_ptr<TableStructure> m_definitionStructure;
     std::shared_ptr<SchemaTool> m_schemaTool;
     std::optional<bool> m_hasStandardColumns;
-    mutable QPair<QString, QString> m_bracketedKey; // the key column's name, and as statements name it
     friend class detail::RecordStatements;
     mutable std::shared_ptr<detail::RecordStatements> m_statements;
     std::optional<bool> m_hasKeywordColumns;

@@ -29,13 +29,7 @@ SchemaTool& CFilterColumns::schemaTool() const
 
 QString CFilterColumns::BracketedKeyColumnName() const
 {
-    // Named in nearly every statement of a record's load and save.
-    const QString name = KeyColumnName();
-    if (!m_handler)
-        return name;
-    if (m_bracketedKey.first != name || m_bracketedKey.second.isEmpty())
-        m_bracketedKey = {name, m_handler->BracketName(name)};
-    return m_bracketedKey.second;
+    return m_handler ? m_handler->BracketName(KeyColumnName()) : KeyColumnName();
 }
 
 // ---- opening ---------------------------------------------------------------------------------------
@@ -56,7 +50,6 @@ void CFilterColumns::Setup(std::shared_ptr<DatabaseHandler> handler, std::shared
             return;
         }
         m_handler = handler;
-        m_bracketedKey = {};
         if (!catalog) {
             m_status = kvoFCSMissingDatabase;
             return;

@@ -8,6 +8,7 @@
 #include "searchdata/DatabaseHandler.h"
 #include "searchdata/ISearchBaseEntry.h"
 #include "searchdata/ISearchBaseTable.h"
+#include "searchdata/NamedBaseTable.h"
 #include "searchdata/Progress.h"
 #include "searchdata/Recordset.h"
 #include "searchdata/Resources.h"
@@ -25,15 +26,6 @@ struct Field {
     const char* name;
     int type;
     int size;
-};
-
-class NamedTable : public ISearchBaseTable {
-public:
-    explicit NamedTable(QString name) : m_name(std::move(name)) {}
-    QString TableName() const override { return m_name; }
-
-private:
-    QString m_name;
 };
 
 class KeyEntry : public ISearchBaseEntry {
@@ -114,7 +106,7 @@ void fillDemoSet(const std::shared_ptr<DatabaseHandler>& db, const std::shared_p
     const CatalogTablePtr base = GetCatalogTable(*catalog, table);
     if (!base)
         detail::fail(GetResourceText(9251, {table}));
-    auto search = CCommon().CreateSearchFilterObject(db, std::make_shared<NamedTable>(table), catalog, profile, 0,
+    auto search = CCommon().CreateSearchFilterObject(db, std::make_shared<NamedBaseTable>(table), catalog, profile, 0,
                                                      DescribeBaseTable(*base, QStringLiteral("Id")));
     if (!search || !search->FilterColumns() || !search->CreateDemoColumnSet(set, progress, nullptr))
         detail::fail(GetResourceText(9252, {table}));

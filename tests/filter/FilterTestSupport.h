@@ -8,6 +8,7 @@
 #include "searchdata/Catalog.h"
 #include "searchdata/DatabaseHandler.h"
 #include "searchdata/ISearchBaseTable.h"
+#include "searchdata/NamedBaseTable.h"
 #include "searchdata/Profile.h"
 #include "searchdata/TableStructure.h"
 #include "support/TestDatabase.h"
@@ -19,15 +20,6 @@
 #include <utility>
 
 namespace searchdata::test {
-
-class NamedBaseTable : public ISearchBaseTable {
-public:
-    explicit NamedBaseTable(QString name) : m_name(std::move(name)) {}
-    QString TableName() const override { return m_name; }
-
-private:
-    QString m_name;
-};
 
 /// A field of a test table: name and type code.
 using FieldSpec = std::pair<QString, int>;

@@ -9,6 +9,7 @@
 #include "searchdata/Catalog.h"
 #include "searchdata/DatabaseHandler.h"
 #include "searchdata/ISearchBaseTable.h"
+#include "searchdata/NamedBaseTable.h"
 #include "searchdata/TableStructure.h"
 
 #include <QDir>
@@ -23,11 +24,6 @@ namespace {
 
 const QDateTime kStamp(QDate(2021, 6, 1), QTime(12, 0, 0));
 constexpr qint32 kTarget = 2;
-
-class Files : public ISearchBaseTable {
-public:
-    QString TableName() const override { return QStringLiteral("Files"); }
-};
 
 QString cell(const QVariant& v)
 {
@@ -81,7 +77,7 @@ DataBlockHarness::DataBlockHarness()
          && structure->AddPrimaryKey(QStringLiteral("PK_Files"), {QStringLiteral("FileId")});
     auto open = [&] {
         m_catalog->Refresh();
-        return CCommon().CreateSearchFilterObject(m_db, std::make_shared<Files>(), m_catalog, nullptr, 0, structure);
+        return CCommon().CreateSearchFilterObject(m_db, std::make_shared<NamedBaseTable>(QStringLiteral("Files")), m_catalog, nullptr, 0, structure);
     };
     m_filter = open();
     auto cols = built ? m_filter->FilterColumns() : nullptr;

@@ -9,6 +9,7 @@
 #include "searchdata/Catalog.h"
 #include "searchdata/DatabaseHandler.h"
 #include "searchdata/ISearchBaseTable.h"
+#include "searchdata/NamedBaseTable.h"
 #include "searchdata/Profile.h"
 #include "searchdata/TableStructure.h"
 
@@ -18,11 +19,6 @@
 namespace searchdata::fuzz {
 
 namespace {
-
-class Files : public ISearchBaseTable {
-public:
-    QString TableName() const override { return QStringLiteral("Files"); }
-};
 
 } // namespace
 
@@ -68,7 +64,7 @@ SavedFilterHarness::SavedFilterHarness(std::shared_ptr<DatabaseHandler> db, cons
     auto catalog = std::make_shared<Catalog>(m_db);
     auto open = [&] {
         catalog->Refresh();
-        return CCommon().CreateSearchFilterObject(m_db, std::make_shared<Files>(), catalog, nullptr, 0, structure);
+        return CCommon().CreateSearchFilterObject(m_db, std::make_shared<NamedBaseTable>(QStringLiteral("Files")), catalog, nullptr, 0, structure);
     };
     m_filter = built ? open() : nullptr;
     auto cols = m_filter ? m_filter->FilterColumns() : nullptr;

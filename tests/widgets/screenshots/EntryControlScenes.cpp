@@ -6,6 +6,7 @@
 #include "searchdata/CFilterColumns.h"
 #include "searchdata/ISearchBaseEntry.h"
 #include "searchdata/ISearchBaseTable.h"
+#include "searchdata/NamedBaseTable.h"
 #include "searchdata/Recordset.h"
 #include "searchdata/widgets/UKVOSearch.h"
 #include "searchdata/widgets/UKVOSearchContainer.h"
@@ -28,11 +29,6 @@ constexpr int kRecord = 7;
 
 struct SceneEntry : ISearchBaseEntry {
     qint32 Id() const override { return kRecord; }
-};
-
-class FilesTable : public ISearchBaseTable {
-public:
-    QString TableName() const override { return QStringLiteral("Files"); }
 };
 
 /// The base record that the scenes show, as a host reads it.
@@ -63,7 +59,7 @@ public:
         resize(size);
         QObject::connect(control, &UKVOSearch::OnStartEditing, control, [](ISearchBaseEntry*, bool* accepted) { *accepted = true; });
         const auto& db = ctx.database();
-        control->OpenSearch(std::make_shared<UKVOSearchContainer>(control), db, std::make_shared<FilesTable>(), ctx.catalog(),
+        control->OpenSearch(std::make_shared<UKVOSearchContainer>(control), db, std::make_shared<NamedBaseTable>(QStringLiteral("Files")), ctx.catalog(),
                             ctx.profile(), 0, DescribeBaseTable(*GetCatalogTable(*ctx.catalog(), QStringLiteral("Files")), QStringLiteral("Id")));
         control->Display(record.get(), &entry, mode);
     }

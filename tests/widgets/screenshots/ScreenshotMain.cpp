@@ -6,6 +6,7 @@
 #include "searchdata/DemoDatabase.h"
 #include "searchdata/Diagnostics.h"
 #include "searchdata/ISearchBaseTable.h"
+#include "searchdata/NamedBaseTable.h"
 #include "searchdata/widgets/WidgetUiServices.h"
 #include "support/WidgetTestSupport.h"
 
@@ -27,15 +28,6 @@ std::map<QString, SceneFunction>& registry()
     static std::map<QString, SceneFunction> scenes;
     return scenes;
 }
-
-class TableByName : public ISearchBaseTable {
-public:
-    explicit TableByName(QString name) : m_name(std::move(name)) {}
-    QString TableName() const override { return m_name; }
-
-private:
-    QString m_name;
-};
 
 } // namespace
 
@@ -96,7 +88,7 @@ std::shared_ptr<CSearchFilter> SceneContext::openSearch(const QString& table)
     const CatalogTablePtr base = GetCatalogTable(*catalog(), table);
     if (!base)
         qFatal("no table %s in the scene database", qPrintable(table));
-    return CCommon().CreateSearchFilterObject(m_db, std::make_shared<TableByName>(table), m_catalog, profile(), 0,
+    return CCommon().CreateSearchFilterObject(m_db, std::make_shared<NamedBaseTable>(table), m_catalog, profile(), 0,
                                               DescribeBaseTable(*base, QStringLiteral("Id")));
 }
 
